@@ -1,0 +1,16 @@
+# Everything that comes from the system's packages (packaging/build-packages.txt installs it).
+
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(TagLib REQUIRED IMPORTED_TARGET taglib>=1.13)
+find_package(ICU REQUIRED COMPONENTS uc i18n)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core)
+find_package(nlohmann_json 3.11 REQUIRED)
+find_package(CLI11 2.1 REQUIRED)
+find_package(Threads REQUIRED)
+if(QUORVEX_BUILD_TESTS)
+    find_package(GTest REQUIRED)
+    include(GoogleTest)
+endif()
+if(QUORVEX_BUILD_BENCHMARKS)
+    find_package(benchmark REQUIRED)
+endif()

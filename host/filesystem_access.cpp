@@ -1,0 +1,37 @@
+#include "host/filesystem_access.h"
+
+#include "host/shared/failure.h"
+
+namespace quorvex {
+
+using namespace vantaro;
+
+Ref<FileSystem> filesystem::g_find(const char* path) {
+    const std::size_t count = service_count(FileSystem::class_guid);
+    for (std::size_t index = 0; index < count; ++index) {
+        Ref<FileSystem> candidate = create_service<FileSystem>(index);
+        if (candidate->serves(path))
+            return candidate;
+    }
+    return {};
+}
+
+Ref<File> filesystem::g_open(const char* path, OpenMode mode, AbortFlag& abort) {
+    uCallStackTracker marker("opening a file");
+    const Ref<FileSystem> found = g_find(path);
+    if (!found)
+        throw vantaro_io::exception_io_no_handler_for_path();
+    return Ref<File>::adopt(found->open(path, mode, abort));
+}
+
+std::string filesystem::g_get_display_path(const char* path) {
+    StringSink display;
+    const Ref<FileSystem> found = g_find(path);
+    return found && found->get_display_path(path, display) ? display.take() : path;
+}
+
+int NeverAbort::wait_handle() const noexcept {
+    return GetInfiniteWaitEvent();
+}
+
+} // namespace quorvex

@@ -1,0 +1,33 @@
+// Files by path, through the host's file systems.
+//
+//     Ref<vantaro::File> file = filesystem::g_open(path, vantaro::OpenMode::read, abort);
+//
+// Any thread.
+#pragma once
+
+#include "host/access.h"
+#include "host/api/filesystem.h"
+
+#include <string>
+
+namespace quorvex {
+
+class filesystem {
+public:
+    /// The file system that serves the path, or nothing.
+    static Ref<vantaro::FileSystem> g_find(const char* path);
+    /// Throws: vantaro_io::exception_io_no_handler_for_path, and what FileSystem::open throws.
+    static Ref<vantaro::File> g_open(const char* path, vantaro::OpenMode mode, vantaro::AbortFlag& abort);
+    /// How the path is shown to people; the path itself when no file system serves it or the one that does
+    /// declines.
+    static std::string g_get_display_path(const char* path);
+};
+
+/// For calls that nobody will want to abort.
+class NeverAbort final : public vantaro::AbortFlag {
+public:
+    bool is_aborting() const noexcept override { return false; }
+    int wait_handle() const noexcept override;
+};
+
+} // namespace quorvex

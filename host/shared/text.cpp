@@ -1,0 +1,116 @@
+#include "host/shared/text.h"
+
+#include <unicode/bytestream.h>
+#include <unicode/casemap.h>
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace quorvex {
+
+namespace {
+
+constexpr std::string_view cut_mark = " (...)";
+
+char32_t take_lower(std::string_view& text) {
+    return uCharLower(take_character(text));
+}
+
+int compare(std::string_view a, std::string_view b) {
+    while (!a.empty() && !b.empty()) {
+        const char32_t x = take_lower(a);
+        const char32_t y = take_lower(b);
+        if (x != y)
+            return x < y ? -1 : 1;
+    }
+    return (a.empty() ? 0 : 1) - (b.empty() ? 0 : 1);
+}
+
+using MapCase = void(const char*, uint32_t, icu::StringPiece, icu::ByteSink&, icu::Edits*, UErrorCode&);
+
+void add_mapped(std::string& out, std::string_view text, MapCase* map) {
+    UErrorCode status = U_ZERO_ERROR;
+    icu::StringByteSink<std::string> sink(&out);
+    map("", 0, icu::StringPiece(text.data(), static_cast<int32_t>(text.size())), sink, nullptr, status);
+}
+
+} // namespace
+
+char32_t take_character(std::string_view& text) {
+    const auto length = static_cast<int32_t>(std::min<std::size_t>(text.size(), U8_MAX_LENGTH));
+    int32_t used = 0;
+    UChar32 c = 0;
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wconversion"
+#pragma GCC diagnostic ignored "-Wsign-conversion"
+    U8_NEXT(text.data(), used, length, c);
+#pragma GCC diagnostic pop
+    if (c < 0) {
+        c = static_cast<UChar32>(invalid_byte_base) + static_cast<unsigned char>(text.front());
+        used = 1;
+    }
+    text.remove_prefix(static_cast<std::size_t>(used));
+    return static_cast<char32_t>(c);
+}
+
+char32_t uCharLower(char32_t code_point) {
+    return code_point < 0x10000 ? static_cast<char32_t>(u_tolower(static_cast<UChar32>(code_point)))
+                                : code_point;
+}
+
+int stricmp_utf8(const char* a, const char* b) {
+    return compare(a, b);
+}
+
+int stricmp_utf8_ex(const char* a, std::size_t a_length, const char* b, std::size_t b_length) {
+    return compare({a, a_length}, {b, b_length});
+}
+
+int stricmp_utf8_partial(const char* text, const char* prefix) {
+    std::string_view rest = text;
+    std::string_view wanted = prefix;
+    while (!wanted.empty()) {
+        if (rest.empty())
+            return -1;
+        const char32_t x = take_lower(rest);
+        const char32_t y = take_lower(wanted);
+        if (x != y)
+            return x < y ? -1 : 1;
+    }
+    return 0;
+}
+
+void uAddStringUpper(std::string& out, std::string_view text) {
+    add_mapped(out, text, &icu::CaseMap::utf8ToUpper);
+}
+
+void uAddStringLower(std::string& out, std::string_view text) {
+    add_mapped(out, text, &icu::CaseMap::utf8ToLower);
+}
+
+void uReplaceCharAdd(std::string& out, std::string_view text, char from, char to) {
+    std::replace_copy(text.begin(), text.end(), std::back_inserter(out), from, to);
+}
+
+std::string limit_text(std::string_view text, std::size_t count) {
+    std::string_view rest = text;
+    for (std::size_t passed = 0; passed < count; ++passed) {
+        if (rest.empty())
+            return std::string(text);
+        take_character(rest);
+    }
+    return std::string(text.substr(0, text.size() - rest.size())).append(cut_mark);
+}
+
+std::string first_line(std::string text) {
+    const std::size_t end = text.find_first_of("\r\n");
+    if (end != std::string::npos) {
+        text.resize(end);
+        text += cut_mark;
+    }
+    return text;
+}
+
+} // namespace quorvex

@@ -1,0 +1,38 @@
+// ScriptLibrary: the named scripts that are kept in the configuration.
+//
+//     if (auto index = script_library().find_script("Tidy up"))
+//         run(script_library().scripts()[*index]);
+//
+// Main thread only.
+#pragma once
+
+#include "component/configuration.h"
+#include "script/stored_script.h"
+
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace quorvex {
+
+class ScriptLibrary final : public ConfigurationVariable {
+public:
+    explicit ScriptLibrary(const vantaro::Guid& id) : ConfigurationVariable(id) {}
+
+    /// In the order in which they were created.
+    const std::vector<StoredScript>& scripts() const { return scripts_; }
+    /// Index of the first script of that name, whatever the case of its letters.
+    std::optional<std::size_t> find_script(std::string_view name) const;
+
+    void write(vantaro::StreamWriter& writer, vantaro::AbortFlag& abort) const override;
+    /// After a failure the library holds the scripts read before it.
+    void read(vantaro::StreamReader& reader, std::uint32_t size, vantaro::AbortFlag& abort) override;
+
+private:
+    std::vector<StoredScript> scripts_;
+};
+
+/// The component's library.
+ScriptLibrary& script_library();
+
+} // namespace quorvex

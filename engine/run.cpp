@@ -1,0 +1,56 @@
+#include "engine/run.h"
+
+#include "host/access.h"
+#include "script/action_registry.h"
+
+namespace quorvex {
+
+using namespace vantaro;
+
+namespace {
+
+/// Marks an update whose caller watches it by the notify.
+constexpr std::uint32_t watched_update = 8;
+
+} // namespace
+
+bool ScriptFilter::apply(TrackHandle* track, const FileStats&, TrackInfo& info) {
+    bool changed = false;
+    for (std::size_t i = 0; i < actions_.size(); ++i) {
+        if (const RunContext* at = positions_.find(i, track)) {
+            actions_[i]->apply(track, info, at->index, at->total);
+            changed = true;
+        }
+    }
+    return changed;
+}
+
+void run_script(const Script& script, const TrackList& tracks, WindowHandle parent,
+                CompletionNotify* notify) {
+    if (tracks.empty())
+        return;
+    const auto filter = make_service<ScriptFilter>(script, tracks);
+    std::vector<TrackHandle*> handles;
+    handles.reserve(tracks.size());
+    for (const Ref<TrackHandle>& track : tracks)
+        handles.push_back(track.get());
+    const auto tag_io = required_service<HostTagIO>();
+    service_extension<HostTagIOUpdate>(*tag_io)->update_async(handles.data(), handles.size(), filter.get(),
+                                                              parent, watched_update, notify);
+}
+
+bool run_stored_script(const StoredScript& stored, const TrackList& tracks, WindowHandle parent,
+                       CompletionNotify* notify) {
+    if (tracks.empty())
+        return false;
+    Script script;
+    if (!instantiate(stored, *make_service<IgnoreCompletion>(), script)
+        && uMessageBox(parent, "Some parts of the script failed to load. Continue ?", "Warning",
+                       button::ok | button::cancel)
+               != button::ok)
+        return false;
+    run_script(script, tracks, parent, notify);
+    return true;
+}
+
+} // namespace quorvex

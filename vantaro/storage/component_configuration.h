@@ -1,0 +1,75 @@
+// The stored configuration of one component: "<config dir>/<component file name>.cfg", which holds the
+// records that the component wrote (records.h) and nothing else.
+//
+//     ComponentConfiguration configuration(default_config_dir(), "example.so");
+//     const auto loaded = configuration.load();
+//     if (!component_takes(loaded.bytes))
+//         show(configuration.set_aside("the component could not read it"));
+//     ...
+//     for (const std::string& notice : configuration.save(component_bytes()).notices)
+//         show(notice);
+//
+// Several processes may use the same file. Saving merges by variable: what this component did not change
+// since it was last loaded or saved is taken from the file, so that it does not undo what another process
+// saved. What both changed is ours; the file as the other process left it is kept beside as
+// "<file>.conflict-<date>". Nothing that is in the file goes away by saving, since a variable that the
+// component does not write is one that it does not know, as those of its newer versions. Only the file tells
+// of other processes' changes: to have the component take them, load again.
+//
+// A file that cannot be understood is kept as "<file>.broken-<date>". When the file is a link, everything
+// happens where it leads.
+//
+// A ComponentConfiguration is used by one thread at a time; different ones for one file by any.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantaro::core {
+
+class ComponentConfiguration {
+public:
+    struct LoadResult {
+        /// For the component; empty when there is no file.
+        std::string bytes;
+        /// One line each, for people: files that were set aside, why and as what.
+        std::vector<std::string> notices;
+    };
+    struct SaveResult {
+        /// False when the file already said the same.
+        bool is_written = false;
+        std::vector<std::string> notices;
+    };
+
+    /// Folders need not exist; saving makes them (0700).
+    /// Throws: std::invalid_argument when the name is not that of a file in a folder.
+    ComponentConfiguration(const std::string& config_dir, std::string_view component_file_name);
+
+    const std::string& path() const { return path_; }
+
+    /// Throws: vantaro_io::exception_io naming the file, exception_io_denied when it may not be read; save()
+    /// then refuses until load() succeeds.
+    LoadResult load();
+
+    /// For a component that fails to read what load() gave: the file is set aside and counts as empty from
+    /// now on. `reason` is part of the returned notice. A file that another process has replaced meanwhile
+    /// stays. Throws: vantaro_io::exception_io.
+    std::string set_aside(std::string_view reason);
+
+    /// `bytes` is all that the component writes. Either all of it is on the medium or the file is as it was.
+    /// Throws: vantaro_io::exception_io naming the file and the system's reason, exception_io_denied also
+    /// without a successful load(); exception_io_data when the bytes are no records.
+    SaveResult save(std::string_view bytes);
+
+private:
+    struct Outcome;
+    Outcome merge_with_file(const std::string& file, std::string_view bytes) const;
+
+    std::string path_;
+    /// What the component had or wrote last, as far as the file knows; nothing before load().
+    std::optional<std::string> base_;
+};
+
+} // namespace vantaro::core

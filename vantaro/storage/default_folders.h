@@ -1,0 +1,20 @@
+// Where this user's configuration and state lie when nothing else is said.
+//
+//     ComponentConfiguration configuration(default_config_dir(), "example.so");
+//
+// Any thread, while no other one changes the environment. The folders need not exist.
+#pragma once
+
+#include <string>
+
+namespace vantaro::core {
+
+/// $XDG_CONFIG_HOME/vantaro, or $HOME/.config/vantaro. A variable whose value is no absolute path counts as
+/// not set; without HOME the user database says where home is.
+/// Throws: vantaro_io::exception_io_not_found when there is no home folder at all.
+std::string default_config_dir();
+
+/// The same with $XDG_STATE_HOME/vantaro and $HOME/.local/state/vantaro.
+std::string default_state_dir();
+
+} // namespace vantaro::core

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <system_error>
 
 namespace vantaro::core {
 
@@ -62,7 +63,15 @@ std::string path_of_url(std::string_view url) {
 }
 
 std::string full_path(std::string_view path, std::string_view folder) {
-    return (std::filesystem::path(folder) / path).lexically_normal().string();
+    const std::filesystem::path joined = std::filesystem::path(folder) / path;
+    // Behind a link, taking ".." out of the text would lead elsewhere than the system goes.
+    if (std::ranges::find(joined, "..") != joined.end()) {
+        std::error_code error;
+        const std::filesystem::path real = std::filesystem::weakly_canonical(joined, error);
+        if (!error)
+            return real.lexically_normal().string();
+    }
+    return joined.lexically_normal().string();
 }
 
 std::string shown(std::string_view path) {

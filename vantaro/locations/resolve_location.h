@@ -5,8 +5,7 @@
 //     for (const std::string& line : found.problems) ...    // "/m/Album/old: Access denied"
 //
 // A location is a path or a "file://" URL. Paths are bytes and need not be UTF-8. Results are absolute and
-// lexically normal: "." and ".." are taken out of the text before anything is looked up, and links stay in
-// it.
+// without "." and ".."; links stay in them, except in a path that was given with "..".
 //   - A file gives itself, whatever it holds, unless it is a playlist.
 //   - A folder gives the audio files in it and its sub-folders: the files of a folder come first, then its
 //     sub-folders one after the other, both in natural order of their names (compare_natural). Playlists in

@@ -1,48 +1,69 @@
-// What most action kinds have in common: the descriptor that a kind is registered by, and the parts of an
+// What most action kinds have in common: the ActionType that a kind is registered by, and the parts of an
 // action that do not differ from kind to kind.
 //
-//     class SetValue final : public GrouplessAction<Action> { ... };
-//     SingleService<TypeOf<SetValue>, ActionType> set_value;        // registers the kind
+//     class CopyValues final : public ActionBase<CopyValues> {
+//     public:
+//         static constexpr vantaro::Guid kind = ...;
+//         static constexpr const char* menu_name = "Copy values between fields...";
+//         static vantaro::Ref<Action> create();
+//         static vantaro::Ref<Action> create_from_text(std::string_view text);
+//         ...
+//     };
+//     SingleService<TypeOf<CopyValues>, ActionType> copy_values;       // registers the kind
+//
+// A kind that keeps its notify takes a CompletionNotify& before these parameters.
 #pragma once
 
-#include "host/api/exceptions.h"
+#include "actions/settings_dialog.h"
 #include "script/action.h"
 
-#include <array>
-#include <string>
 #include <string_view>
 
 namespace quorvex {
 
-/// An action that counts tracks over the whole list.
-template <class Interface>
-class GrouplessAction : public vantaro::HeapService<Interface> {
+/// An action with settings that counts tracks over the whole list.
+template <class Kind, class Interface = Action>
+class ActionBase : public vantaro::HeapService<Interface> {
 public:
-    bool uses_group_key() final { return false; }
-    vantaro::Guid get_group_key(vantaro::TrackHandle*) final { return {}; }
+    bool has_settings() override { return true; }
+    void create_settings_dialog(vantaro::WindowHandle parent, vantaro::CompletionNotify* done) override {
+        open_settings_dialog(*this, parent, *done);
+    }
+    vantaro::Guid get_guid() override { return Kind::kind; }
+    bool uses_group_key() override { return false; }
+    vantaro::Guid get_group_key(vantaro::TrackHandle*) override { return {}; }
 };
 
-/// The ActionType of an action class that offers
-///     static constexpr Guid kind; static constexpr const char* menu_name;
-///     static Ref<Action> create(); static Ref<Action> create_from_text(std::string_view);
-/// and keeps no notify.
+/// An action without settings. It is described by its menu name, and reads back from any parameter text.
+template <class Kind>
+class SettinglessAction : public ActionBase<Kind> {
+public:
+    static vantaro::Ref<Action> create() { return vantaro::make_service<Kind>(); }
+    static vantaro::Ref<Action> create_from_text(std::string_view) { return create(); }
+
+    bool has_settings() override { return false; }
+    void create_settings_dialog(vantaro::WindowHandle, vantaro::CompletionNotify*) override {}
+    void get_description(vantaro::TextSink& out) override { vantaro::set_text(out, Kind::menu_name); }
+    void get_parameter_text(vantaro::TextSink& out) override { vantaro::set_text(out, {}); }
+};
+
 template <class Kind>
 class TypeOf final : public vantaro::StaticService<ActionType> {
 public:
     vantaro::Guid get_guid() override { return Kind::kind; }
     void get_name(vantaro::TextSink& out) override { vantaro::set_text(out, Kind::menu_name); }
-    Action* create(vantaro::CompletionNotify*) override { return Kind::create().detach(); }
-    Action* create_from_text(vantaro::CompletionNotify*, const char* text) override {
-        return Kind::create_from_text(text).detach();
+    Action* create(vantaro::CompletionNotify* notify) override {
+        if constexpr (requires { Kind::create(*notify); })
+            return Kind::create(*notify).detach();
+        else
+            return Kind::create().detach();
+    }
+    Action* create_from_text(vantaro::CompletionNotify* notify, const char* text) override {
+        if constexpr (requires { Kind::create_from_text(*notify, text); })
+            return Kind::create_from_text(*notify, text).detach();
+        else
+            return Kind::create_from_text(text).detach();
     }
 };
-
-/// Takes a parameter text of exactly two lines apart.
-/// Throws: vantaro_io::exception_io_data when it does not hold exactly one line feed.
-std::array<std::string_view, 2> split_two_lines(std::string_view text);
-
-/// Puts two settings together as two lines. Line feeds inside them become "|", for good: the settings
-/// themselves change.
-std::string join_two_lines(std::string& first, std::string& second);
 
 } // namespace quorvex

@@ -1,6 +1,6 @@
 #include "actions/fixed_value.h"
 
-#include "actions/settings_dialog.h"
+#include "actions/parameter_text.h"
 #include "host/shared/text.h"
 #include "script/field_name.h"
 
@@ -16,17 +16,12 @@ constexpr std::size_t described_characters = 256;
 
 template <class Kind>
 Ref<Action> FixedValueAction<Kind>::create_from_text(std::string_view text) {
-    const auto [name, value] = split_two_lines(text);
+    const auto [name, value] = split_lines<2>(text);
     auto action = make_service<Kind>();
     FixedValueAction& settings = *action;
     settings.field_name_ = name;
     settings.field_value_ = value;
     return action;
-}
-
-template <class Kind>
-void FixedValueAction<Kind>::create_settings_dialog(WindowHandle parent, CompletionNotify* done) {
-    open_settings_dialog(*this, parent, *done);
 }
 
 template <class Kind>

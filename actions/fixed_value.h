@@ -19,19 +19,16 @@ protected:
 };
 
 template <class Kind>
-class FixedValueAction : public GrouplessAction<FixedValueInterface> {
+class FixedValueAction : public ActionBase<Kind, FixedValueInterface> {
 public:
     static vantaro::Ref<Action> create() { return vantaro::make_service<Kind>(); }
     /// Throws: vantaro_io::exception_io_data when the text does not hold exactly one line feed.
     static vantaro::Ref<Action> create_from_text(std::string_view text);
 
-    bool has_settings() override { return true; }
-    void create_settings_dialog(vantaro::WindowHandle parent, vantaro::CompletionNotify* done) override;
     void get_description(vantaro::TextSink& out) override;
     void get_parameter_text(vantaro::TextSink& out) override;
     void apply(vantaro::TrackHandle* track, vantaro::TrackInfo& info, std::uint32_t index,
                std::uint32_t total) override;
-    vantaro::Guid get_guid() override { return Kind::kind; }
     bool adds() override { return Kind::adds_value; }
 
 private:

@@ -1,0 +1,62 @@
+// ASF, which TagLib reads and writes with the attributes' types.
+#include "host/api/exceptions.h"
+#include "vantaro/tags/asf_fields.h"
+#include "vantaro/tags/audio_file.h"
+
+#include "vantaro/tags/asf_header.h"
+
+#include <asffile.h>
+
+#include <optional>
+
+namespace vantaro::core::tags {
+
+namespace {
+
+class AsfFile final : public AudioFile {
+public:
+    explicit AsfFile(TagLib::IOStream& stream) : AudioFile(Format::asf), file_(&stream, false) {
+        if (!file_.isValid() || file_.tag() == nullptr)
+            throw vantaro_io::exception_io_data();
+        restore_order(stream);
+        fields_.emplace(*file_.tag());
+    }
+
+    std::vector<TagStore*> tags() override { return {&*fields_}; }
+    TagStore* add_customary_tag() override { return nullptr; }
+    void save() override {
+        if (!file_.save())
+            throw vantaro_io::exception_io();
+    }
+
+private:
+    // TagLib lists the values of an attribute as their objects stand in the file, but writes the first one to
+    // the description and the others to the library, which usually stands before it: each save would turn
+    // the order of the values by one.
+    void restore_order(TagLib::IOStream& stream) {
+        for (const auto& [name, count] : values_behind_library(stream)) {
+            TagLib::ASF::AttributeList values = file_.tag()->attribute(to_taglib(name));
+            if (values.size() <= count)
+                continue;
+            for (std::size_t i = 0; i < count; ++i) {
+                const TagLib::ASF::Attribute last = values.back();
+                values.erase(--values.end());
+                values.prepend(last);
+            }
+            file_.tag()->setAttribute(to_taglib(name), values);
+        }
+    }
+
+    TagLib::ASF::File file_;
+    std::optional<AsfFields> fields_;
+};
+
+} // namespace
+
+std::unique_ptr<AudioFile> open_asf_file(TagLib::IOStream& stream) {
+    check_asf(stream);
+    stream.seek(0); // where TagLib's ASF expects it
+    return std::make_unique<AsfFile>(stream);
+}
+
+} // namespace vantaro::core::tags

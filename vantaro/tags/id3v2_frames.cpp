@@ -1,0 +1,220 @@
+#include "vantaro/tags/id3v2_frames.h"
+
+#include "host/api/exceptions.h"
+#include "vantaro/tags/id3v22.h"
+#include "vantaro/tags/tag_store.h"
+
+#include <algorithm>
+
+namespace vantaro::core::tags {
+
+namespace {
+
+constexpr std::size_t header_size = 10;
+constexpr std::size_t padding = 1024;
+constexpr std::uint32_t largest_tag = 0x0FFFFFFF;
+
+// Bits of the second flag byte.
+constexpr unsigned v23_coded = 0xE0; // compressed, encrypted, grouped
+constexpr unsigned v24_grouped = 0x40;
+constexpr unsigned v24_compressed_or_encrypted = 0x0C;
+constexpr unsigned v24_unsynchronised = 0x02;
+constexpr unsigned v24_length_indicator = 0x01;
+
+std::uint32_t number(std::string_view bytes, unsigned bits_per_byte) {
+    std::uint32_t result = 0;
+    for (const char c : bytes)
+        result = result << bits_per_byte | static_cast<unsigned char>(c);
+    return result;
+}
+
+std::string number_bytes(std::size_t value, unsigned bits_per_byte) {
+    std::string result;
+    for (unsigned i = 4; i-- > 0;)
+        result += static_cast<char>(value >> (i * bits_per_byte) & ((1U << bits_per_byte) - 1U));
+    return result;
+}
+
+bool is_synchsafe(std::string_view bytes) {
+    return std::ranges::all_of(bytes, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+bool is_frame_id(std::string_view id) {
+    return std::ranges::all_of(id, [](char c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); });
+}
+
+std::string without_unsynchronisation(std::string_view bytes) {
+    std::string result;
+    result.reserve(bytes.size());
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        result += bytes[i];
+        if (bytes[i] == '\xFF' && i + 1 < bytes.size() && bytes[i + 1] == 0)
+            ++i;
+    }
+    return result;
+}
+
+// Some programs write plain sizes into 2.4 frames. What stands behind the frame tells which it is.
+std::size_t v24_frame_size(std::string_view bytes, std::size_t position) {
+    const std::string_view field = bytes.substr(position + 4, 4);
+    const std::size_t plain = number(field, 8);
+    if (!is_synchsafe(field))
+        return plain;
+    const std::size_t synchsafe = number(field, 7);
+    const auto ends_well = [&](std::size_t size) {
+        const std::size_t end = position + header_size + size;
+        return end == bytes.size()
+               || (end < bytes.size() && (bytes[end] == 0 || is_frame_id(bytes.substr(end, 4))));
+    };
+    return !ends_well(synchsafe) && ends_well(plain) ? plain : synchsafe;
+}
+
+std::size_t extended_header_size(std::string_view bytes, unsigned version) {
+    if (bytes.size() < 4)
+        return bytes.size();
+    const std::size_t size =
+        version == 3 ? std::size_t{number(bytes.substr(0, 4), 8)} + 4 : number(bytes.substr(0, 4), 7);
+    return std::min(size, bytes.size());
+}
+
+// The frames from `position` on; what is left over at the end is padding or damage.
+std::vector<Id3v2Frame> parse_frames(std::string_view bytes, std::size_t position, unsigned version) {
+    std::vector<Id3v2Frame> frames;
+    while (position + header_size <= bytes.size() && is_frame_id(bytes.substr(position, 4))) {
+        const std::size_t size =
+            version == 4 ? v24_frame_size(bytes, position) : number(bytes.substr(position + 4, 4), 8);
+        if (size > bytes.size() - position - header_size)
+            break;
+        const auto flags = static_cast<std::uint16_t>(number(bytes.substr(position + 8, 2), 8));
+        frames.push_back({std::string(bytes.substr(position, 4)), flags,
+                          std::string(bytes.substr(position + header_size, size))});
+        position += header_size + size;
+    }
+    return frames;
+}
+
+std::string render_frames(const std::vector<Id3v2Frame>& frames, int version) {
+    std::string result;
+    for (const Id3v2Frame& frame : frames) {
+        result += frame.id;
+        result += number_bytes(frame.body.size(), version == 4 ? 7 : 8);
+        result += static_cast<char>(frame.flags >> 8);
+        result += static_cast<char>(frame.flags & 0xFF);
+        result += frame.body;
+    }
+    return result;
+}
+
+void restructure(std::vector<Id3v2Frame>& frames);
+
+// Chapters hold frames of their own behind a head of known form.
+void restructure_chapter(Id3v2Frame& frame) {
+    std::size_t head = frame.body.find('\0');
+    if (head == std::string::npos)
+        return;
+    head += 1;
+    if (frame.id == "CHAP") {
+        head += 16; // four times
+    } else if (head + 2 <= frame.body.size()) {
+        auto children = static_cast<unsigned char>(frame.body[head + 1]);
+        head += 2;
+        for (; children > 0; --children) {
+            const std::size_t end = frame.body.find('\0', head);
+            if (end == std::string::npos)
+                return;
+            head = end + 1;
+        }
+    }
+    if (head >= frame.body.size())
+        return;
+    std::vector<Id3v2Frame> frames = parse_frames(frame.body, head, 3);
+    restructure(frames);
+    frame.body.resize(head);
+    frame.body += render_frames(frames, 4);
+}
+
+void restructure(std::vector<Id3v2Frame>& frames) {
+    for (Id3v2Frame& frame : frames) {
+        if ((frame.flags & v23_coded) != 0)
+            throw Refused("the ID3v2.3 tag has a compressed or encrypted frame, so it cannot become ID3v2.4");
+        frame.flags = static_cast<std::uint16_t>(frame.flags >> 1 & 0x7000); // the status bits move by one
+        if (frame.id == "CHAP" || frame.id == "CTOC")
+            restructure_chapter(frame);
+    }
+}
+
+} // namespace
+
+std::size_t id3v2_size(std::string_view bytes) {
+    if (bytes.size() < header_size || !bytes.starts_with("ID3") || bytes[3] == '\xFF' || bytes[4] == '\xFF'
+        || !is_synchsafe(bytes.substr(6, 4)))
+        return 0;
+    const bool footer = bytes[3] == 4 && (bytes[5] & 0x10) != 0;
+    return number(bytes.substr(6, 4), 7) + header_size * (footer ? 2 : 1);
+}
+
+Id3v2Tag parse_id3v2(std::string_view bytes) {
+    const std::size_t size = id3v2_size(bytes);
+    if (size == 0 || bytes[3] < 2 || bytes[3] > 4)
+        throw vantaro_io::exception_io_data("Unknown version of ID3v2");
+    const auto version = static_cast<unsigned>(bytes[3]);
+    const auto flags = static_cast<unsigned char>(bytes[5]);
+    const bool footer = version == 4 && (flags & 0x10) != 0;
+    bytes = bytes.substr(0, size).substr(header_size);
+    if (footer && bytes.size() >= header_size)
+        bytes.remove_suffix(header_size);
+    std::string decoded;
+    if ((flags & 0x80) != 0 && version < 4) {
+        decoded = without_unsynchronisation(bytes);
+        bytes = decoded;
+    }
+    if (version == 2)
+        return {3, parse_v22_frames(bytes)};
+    const std::size_t start = (flags & 0x40) != 0 ? extended_header_size(bytes, version) : 0;
+    Id3v2Tag tag{static_cast<int>(version), parse_frames(bytes, start, version)};
+    // The header speaks for all frames; it is written back without that flag.
+    if ((flags & 0x80) != 0 && version == 4)
+        for (Id3v2Frame& frame : tag.frames)
+            frame.flags |= v24_unsynchronised;
+    return tag;
+}
+
+std::string render_id3v2(const Id3v2Tag& tag, std::size_t room) {
+    std::string frames = render_frames(tag.frames, tag.version);
+    const std::size_t needed = header_size + frames.size();
+    const std::size_t size = needed <= room ? room : needed + padding;
+    if (size - header_size > largest_tag)
+        throw vantaro_io::exception_io("The ID3v2 tag would become larger than 256 MiB");
+    std::string result = "ID3";
+    result += static_cast<char>(tag.version);
+    result += std::string(2, '\0');
+    result += number_bytes(size - header_size, 7);
+    result += frames;
+    result.resize(size);
+    return result;
+}
+
+std::optional<std::string> frame_content(const Id3v2Tag& tag, const Id3v2Frame& frame) {
+    const unsigned flags = frame.flags & 0xFF;
+    std::string_view body = frame.body;
+    if (tag.version == 3) {
+        if ((flags & v23_coded) == 0)
+            return frame.body;
+        if ((flags & v23_coded) != 0x20) // more than grouped
+            return std::nullopt;
+        return std::string(body.substr(std::min<std::size_t>(1, body.size())));
+    }
+    if ((flags & v24_compressed_or_encrypted) != 0)
+        return std::nullopt;
+    const std::size_t head =
+        ((flags & v24_grouped) != 0 ? 1U : 0U) + ((flags & v24_length_indicator) != 0 ? 4U : 0U);
+    body.remove_prefix(std::min(head, body.size()));
+    return (flags & v24_unsynchronised) != 0 ? without_unsynchronisation(body) : std::string(body);
+}
+
+void restructure_as_v24(Id3v2Tag& tag) {
+    restructure(tag.frames);
+    tag.version = 4;
+}
+
+} // namespace vantaro::core::tags

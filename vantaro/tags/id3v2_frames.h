@@ -1,0 +1,43 @@
+// An ID3v2 tag as a list of raw frames. Frames that an edit does not name are written back byte for byte,
+// with their flags: TagLib's frame classes drop or rewrite some of them (see id3v2_fields.h).
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantaro::core::tags {
+
+struct Id3v2Frame {
+    std::string id;
+    std::uint16_t flags = 0;
+    std::string body;
+};
+
+struct Id3v2Tag {
+    int version = 4; ///< 3 or 4: the second number of "2.3", "2.4"
+    std::vector<Id3v2Frame> frames;
+};
+
+/// Size of the tag that starts at the beginning of `bytes`, header and footer included; 0 when none does.
+/// Needs the first ten bytes.
+std::size_t id3v2_size(std::string_view bytes);
+
+/// Reads a whole tag. Version 2.2 is turned into 2.3. Stops at the first bytes that are no frame. Throws
+/// exception_io_data for a version that it does not know.
+Id3v2Tag parse_id3v2(std::string_view bytes);
+
+/// The bytes of a tag, padded to `room` bytes or, when it does not fit there, by 1 KiB.
+std::string render_id3v2(const Id3v2Tag& tag, std::size_t room);
+
+/// The frame's body with the coding that its flags name taken away; nothing when it is compressed or
+/// encrypted.
+std::optional<std::string> frame_content(const Id3v2Tag& tag, const Id3v2Frame& frame);
+
+/// Turns the structure of a 2.3 tag into that of 2.4: flags, and the frames within chapters. Frames whose
+/// meaning differs are the caller's. Throws Refused when a frame is compressed, encrypted or grouped.
+void restructure_as_v24(Id3v2Tag& tag);
+
+} // namespace vantaro::core::tags

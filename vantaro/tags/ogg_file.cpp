@@ -1,0 +1,87 @@
+// Ogg: the comment is a packet behind the first one.
+#include "host/api/exceptions.h"
+#include "vantaro/tags/audio_file.h"
+#include "vantaro/tags/xiph_fields.h"
+
+#include <oggfile.h>
+
+#include <optional>
+
+namespace vantaro::core::tags {
+
+namespace {
+
+constexpr unsigned char flac_comment_type = 4;
+constexpr std::size_t flac_header_size = 4;
+
+/// TagLib's packets, without the tag that its own file classes would write.
+class Packets final : public TagLib::Ogg::File {
+public:
+    explicit Packets(TagLib::IOStream& stream) : TagLib::Ogg::File(&stream) {}
+
+    TagLib::Tag* tag() const override { return nullptr; }
+    TagLib::AudioProperties* audioProperties() const override { return nullptr; }
+};
+
+class OggFile final : public AudioFile {
+public:
+    OggFile(TagLib::IOStream& stream, Format format) : AudioFile(format), packets_(stream) {
+        if (format == Format::vorbis)
+            prefix_ = "\x03vorbis";
+        else if (format == Format::opus)
+            prefix_ = "OpusTags";
+        if (format == Format::ogg_flac)
+            find_flac_comment();
+        const std::string packet = to_bytes(packets_.packet(index_));
+        if (!packet.starts_with(prefix_))
+            throw vantaro_io::exception_io_data();
+        xiph_.emplace(std::string_view(packet).substr(prefix_.size()));
+    }
+
+    std::vector<TagStore*> tags() override { return {&*xiph_}; }
+    TagStore* add_customary_tag() override { return nullptr; }
+    std::string tool() const override { return clean_text(xiph_->vendor()); }
+
+    void save() override {
+        const std::string comment = xiph_->render();
+        if (format() == Format::ogg_flac) {
+            if (comment.size() > 0xFFFFFF)
+                throw vantaro_io::exception_io("The tags are larger than 16 MiB, which FLAC does not allow");
+            for (std::size_t i = 1; i < flac_header_size; ++i)
+                prefix_[i] = static_cast<char>(comment.size() >> (8 * (flac_header_size - 1 - i)) & 0xFF);
+        }
+        packets_.setPacket(index_, to_byte_vector(prefix_ + comment));
+        if (!packets_.TagLib::Ogg::File::save())
+            throw vantaro_io::exception_io();
+    }
+
+private:
+    // The packets behind the first are the metadata blocks.
+    void find_flac_comment() {
+        for (bool last = false; !last; ++index_) {
+            const std::string packet = to_bytes(packets_.packet(index_));
+            if (packet.size() < flac_header_size)
+                throw vantaro_io::exception_io_data();
+            const auto type = static_cast<unsigned char>(packet[0]);
+            last = (type & 0x80) != 0;
+            if ((type & 0x7F) == flac_comment_type) {
+                prefix_ = packet.substr(0, flac_header_size);
+                return;
+            }
+        }
+        throw vantaro_io::exception_io_data();
+    }
+
+    Packets packets_;
+    unsigned index_ = 1;
+    std::string prefix_; ///< what stands in front of the comment in its packet
+    std::optional<XiphFields> xiph_;
+};
+
+} // namespace
+
+std::unique_ptr<AudioFile> open_ogg_file(TagLib::IOStream& stream, Format format) {
+    return std::make_unique<OggFile>(stream, format);
+}
+
+} // namespace vantaro::core::tags

@@ -1,0 +1,105 @@
+// WAV and AIFF: an ID3v2 tag is a chunk, and WAV has LIST INFO.
+#include "host/api/exceptions.h"
+#include "vantaro/tags/audio_file.h"
+#include "vantaro/tags/id3v2_fields.h"
+#include "vantaro/tags/info_fields.h"
+
+#include <rifffile.h>
+
+#include <optional>
+
+namespace vantaro::core::tags {
+
+namespace {
+
+constexpr std::string_view info_mark = "INFO";
+
+/// TagLib's chunks, without the tags that its own file classes would write.
+class Chunks final : public TagLib::RIFF::File {
+public:
+    Chunks(TagLib::IOStream& stream, Format format)
+        : TagLib::RIFF::File(&stream, format == Format::wav ? LittleEndian : BigEndian) {}
+
+    TagLib::Tag* tag() const override { return nullptr; }
+    TagLib::AudioProperties* audioProperties() const override { return nullptr; }
+    bool save() override { return false; }
+
+    unsigned count() { return chunkCount(); }
+    std::string name(unsigned i) { return to_bytes(chunkName(i)); }
+    std::string data(unsigned i) { return to_bytes(chunkData(i)); }
+    void put(unsigned i, const std::string& bytes) { setChunkData(i, to_byte_vector(bytes)); }
+    void append(const std::string& name, const std::string& bytes) {
+        setChunkData(to_byte_vector(name), to_byte_vector(bytes));
+    }
+    void remove(unsigned i) { removeChunk(i); }
+};
+
+class RiffFile final : public AudioFile {
+public:
+    RiffFile(TagLib::IOStream& stream, Format format) : AudioFile(format), chunks_(stream, format) {
+        for (unsigned i = 0; i < chunks_.count(); ++i) {
+            const std::string name = chunks_.name(i);
+            if (!id3v2_ && upper_name(name) == "ID3 ") {
+                const std::string bytes = chunks_.data(i);
+                if (id3v2_size(bytes) == 0 || id3v2_size(bytes) > bytes.size())
+                    throw vantaro_io::exception_io_data("The ID3v2 tag is damaged");
+                id3v2_.emplace(bytes);
+                id3v2_room_ = id3v2_size(bytes);
+                id3v2_name_ = name;
+            } else if (!info_ && format == Format::wav && name == "LIST") {
+                const std::string bytes = chunks_.data(i);
+                if (bytes.starts_with(info_mark))
+                    info_.emplace(std::string_view(bytes).substr(info_mark.size()));
+            }
+        }
+    }
+
+    std::vector<TagStore*> tags() override {
+        std::vector<TagStore*> result;
+        if (id3v2_)
+            result.push_back(&*id3v2_);
+        if (info_)
+            result.push_back(&*info_);
+        return result;
+    }
+
+    TagStore* add_customary_tag() override { return id3v2_ ? nullptr : &id3v2_.emplace(); }
+
+    void save() override {
+        if (id3v2_)
+            put_chunk([this](unsigned i) { return chunks_.name(i) == id3v2_name_; }, id3v2_name_,
+                      id3v2_->empty() ? "" : id3v2_->render(id3v2_room_));
+        if (info_)
+            put_chunk(
+                [this](unsigned i) {
+                    return chunks_.name(i) == "LIST" && chunks_.data(i).starts_with(info_mark);
+                },
+                "LIST", info_->empty() ? "" : std::string(info_mark) + info_->render());
+    }
+
+private:
+    template <class IsChunk>
+    void put_chunk(const IsChunk& is_chunk, const std::string& name, const std::string& bytes) {
+        unsigned i = 0;
+        while (i < chunks_.count() && !is_chunk(i))
+            ++i;
+        if (i < chunks_.count())
+            bytes.empty() ? chunks_.remove(i) : chunks_.put(i, bytes);
+        else if (!bytes.empty())
+            chunks_.append(name, bytes);
+    }
+
+    Chunks chunks_;
+    std::size_t id3v2_room_ = 0;
+    std::string id3v2_name_ = "ID3 ";
+    std::optional<Id3v2Fields> id3v2_;
+    std::optional<InfoFields> info_;
+};
+
+} // namespace
+
+std::unique_ptr<AudioFile> open_riff_file(TagLib::IOStream& stream, Format format) {
+    return std::make_unique<RiffFile>(stream, format);
+}
+
+} // namespace vantaro::core::tags

@@ -1,0 +1,224 @@
+#include "vantaro/tags/tag_file.h"
+
+#include "host/api/exceptions.h"
+#include "vantaro/tags/audio_file.h"
+#include "vantaro/tags/number_pair.h"
+#include "vantaro/tags/technical.h"
+
+#include <tfilestream.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+namespace vantaro::core {
+
+namespace {
+
+using namespace tags;
+
+[[noreturn]] void throw_system_error(int error) {
+    if (error == ENOENT || error == ENOTDIR)
+        throw vantaro_io::exception_io_not_found();
+    if (error == EACCES || error == EPERM || error == EROFS)
+        throw vantaro_io::exception_io_denied();
+    throw vantaro_io::exception_io(std::strerror(error));
+}
+
+// TagLib tells only that a file cannot be opened, and would wait for ever at a pipe.
+void check_file(const std::string& path, int access_mode) {
+    struct stat status = {};
+    if (path.find('\0') != std::string::npos)
+        throw vantaro_io::exception_io_not_found();
+    if (::stat(path.c_str(), &status) != 0)
+        throw_system_error(errno);
+    if (S_ISDIR(status.st_mode))
+        throw_system_error(EISDIR);
+    if (!S_ISREG(status.st_mode))
+        throw vantaro_io::exception_io_data();
+    if (::access(path.c_str(), access_mode) != 0)
+        throw_system_error(errno);
+}
+
+// A field of one tag that a tag before it has is left out.
+std::vector<TrackField> merged_fields(AudioFile& file) {
+    std::vector<TrackField> fields;
+    for (const TagStore* tag : file.tags())
+        for (TrackField& field : tag->fields())
+            if (find_values(fields, field.name) == nullptr)
+                fields.push_back(std::move(field));
+    return fields;
+}
+
+bool same_name(const FieldChange& change, std::string_view name) {
+    return equal_field_names(change.name, name);
+}
+
+// One change a field, number and total apart.
+std::vector<FieldChange> normalised(std::span<const FieldChange> changes) {
+    std::vector<FieldChange> result;
+    for (const FieldChange& change : changes) {
+        for (const std::string& value : change.values) {
+            if (value.find('\0') != std::string::npos)
+                throw vantaro_io::exception_io(change.name + ": a value cannot contain a NUL character");
+            if (!is_valid_utf8(value))
+                throw vantaro_io::exception_io(change.name + ": a value is no valid UTF-8");
+        }
+        if (change.name.empty() || !is_valid_utf8(change.name) || change.name.find('\0') != std::string::npos)
+            throw vantaro_io::exception_io(change.name + ": this cannot be the name of a field");
+        std::erase_if(result, [&](const FieldChange& other) { return same_name(other, change.name); });
+        result.push_back(change);
+    }
+    for (const PairNames& names : pair_names) {
+        const auto number = std::ranges::find_if(
+            result, [&](const FieldChange& change) { return same_name(change, names.number); });
+        const bool has_total = std::ranges::any_of(
+            result, [&](const FieldChange& change) { return same_name(change, names.total); });
+        if (number == result.end() || has_total || number->values.size() != 1)
+            continue;
+        const NumberPair pair = split_pairs(number->values);
+        if (pair.numbers.empty() || pair.totals.empty())
+            continue;
+        number->values = pair.numbers;
+        result.push_back({std::string(names.total), pair.totals});
+    }
+    return result;
+}
+
+Values values_for(const TagStore& tag, const FieldChange& change) {
+    Values values = change.values;
+    if (!tag.keeps_empty_values())
+        std::erase(values, std::string());
+    return values;
+}
+
+// Sets a field or, when the tag cannot hold it, leaves the tag without it. Returns the reason.
+std::string try_set(TagStore& tag, const std::string& name, const Values& values) {
+    try {
+        tag.set(name, values);
+        return {};
+    } catch (const Refused& reason) {
+        if (!values.empty())
+            try_set(tag, name, {});
+        return name + ": " + reason.what();
+    }
+}
+
+void apply(TagStore& tag, const std::vector<FieldChange>& changes, std::string& refusal) {
+    for (const FieldChange& change : changes) {
+        const std::string reason = try_set(tag, change.name, values_for(tag, change));
+        if (refusal.empty())
+            refusal = reason;
+    }
+}
+
+// The first change that reading the file would not show as it is meant, or null.
+const FieldChange* find_unmet(AudioFile& file, const std::vector<FieldChange>& changes) {
+    const std::vector<TrackField> fields = merged_fields(file);
+    const std::vector<TagStore*> tags = file.tags();
+    for (const FieldChange& change : changes) {
+        if (tags.empty()) {
+            if (!change.values.empty())
+                return &change;
+            continue;
+        }
+        const TagStore& tag = *tags.front();
+        const Values wanted = values_for(tag, change);
+        const Values* found = find_values(fields, tag.listed_name(change.name));
+        if (!tag.holds(upper_name(change.name), wanted, found == nullptr ? Values() : *found))
+            return &change;
+    }
+    return nullptr;
+}
+
+// Changes the tags in memory. Throws when they cannot hold the change.
+void apply_changes(AudioFile& file, const std::vector<FieldChange>& changes) {
+    std::string refusal;
+    for (TagStore* tag : file.tags())
+        apply(*tag, changes, refusal);
+    const FieldChange* unmet = find_unmet(file, changes);
+    if (unmet == nullptr)
+        return;
+    const std::vector<TrackField> present = merged_fields(file);
+    if (TagStore* tag = file.add_customary_tag()) {
+        refusal.clear();
+        for (const TrackField& field : present)
+            if (std::ranges::none_of(
+                    changes, [&](const FieldChange& change) { return same_name(change, field.name); }))
+                try_set(*tag, field.name, field.values);
+        apply(*tag, changes, refusal);
+        unmet = find_unmet(file, changes);
+        if (unmet == nullptr)
+            return;
+    }
+    if (refusal.empty())
+        refusal =
+            unmet->name + ": " + std::string(format_name(file.format())) + " files cannot hold this value";
+    throw vantaro_io::exception_io(refusal);
+}
+
+} // namespace
+
+std::vector<FieldChange> field_changes(const std::vector<TrackField>& before,
+                                       const std::vector<TrackField>& after) {
+    std::vector<FieldChange> changes;
+    for (const TrackField& field : after) {
+        const Values* old = find_values(before, field.name);
+        if (old == nullptr ? !field.values.empty() : *old != field.values)
+            changes.push_back({field.name, field.values});
+    }
+    for (const TrackField& field : before)
+        if (!field.values.empty() && find_values(after, field.name) == nullptr)
+            changes.push_back({field.name, {}});
+    return changes;
+}
+
+void read_tags(const std::string& path, TrackInfoRecord& info) {
+    check_file(path, R_OK);
+    TagLib::FileStream stream(path.c_str(), true);
+    if (!stream.isOpen())
+        throw vantaro_io::exception_io_denied();
+    read_tags(stream, info);
+}
+
+void read_tags(TagLib::IOStream& stream, TrackInfoRecord& info) {
+    const std::unique_ptr<AudioFile> file = open_audio_file(stream);
+    TrackInfoRecord result;
+    result.set_fields(merged_fields(*file));
+    read_technical(stream, *file, result);
+    result.set_replay_gain(find_replay_gain(result.fields(), file->format()));
+    info = std::move(result);
+}
+
+WriteResult write_tags(const std::string& path, std::span<const FieldChange> changes) {
+    check_file(path, R_OK | W_OK);
+    TagLib::FileStream stream(path.c_str());
+    if (!stream.isOpen())
+        throw vantaro_io::exception_io_denied();
+    return write_tags(stream, changes);
+}
+
+WriteResult write_tags(TagLib::IOStream& stream, std::span<const FieldChange> changes) {
+    if (stream.readOnly())
+        throw vantaro_io::exception_io_denied();
+    const std::unique_ptr<AudioFile> file = open_audio_file(stream);
+    TrackInfoRecord audio;
+    read_technical(stream, *file, audio); // throws when the file is damaged
+    const std::vector<TrackField> before = merged_fields(*file);
+    apply_changes(*file, normalised(changes));
+    WriteResult result;
+    result.fields = merged_fields(*file);
+    result.is_written = !field_changes(before, result.fields).empty();
+    if (result.is_written)
+        file->save();
+    return result;
+}
+
+bool is_audio_file_name(std::string_view path) {
+    return format_of_name(path).has_value();
+}
+
+} // namespace vantaro::core

@@ -1,0 +1,101 @@
+// Reading and editing the tags of audio files: the one place that knows how each format stores a field.
+//
+//     TrackInfoRecord before;
+//     read_tags(path, before);
+//     TrackInfoRecord after(before);
+//     after.set_field("GENRE", "Jazz");
+//     write_tags(path, field_changes(before.fields(), after.fields()));
+//
+// Formats: MP3, FLAC, Ogg Vorbis, Opus, Ogg FLAC, Speex, MP4, WavPack, Monkey's Audio, Musepack, True Audio,
+// WAV, AIFF, ASF. The format is told by the content, by the extension of the name only when the content does
+// not say.
+//
+// Fields have upper-case names of one vocabulary, whatever the format calls them (id3v2_places.h and its
+// neighbours list them); a name that no table has is stored under that very name. Numbers and totals are
+// separate fields in every format: TRACKNUMBER and TOTALTRACKS, DISCNUMBER and TOTALDISCS, MOVEMENTNUMBER and
+// MOVEMENTCOUNT. COMMENT:X and LYRICS:X are ID3v2 comments and lyrics of description X; PERFORMER:ROLE is a
+// musician with an instrument. Pictures, ratings, timed lyrics, chapters and other binary data are no fields.
+//
+// Several tags in one file: a field comes from the first tag that has it. The order is the format's own tag
+// (FLAC: Vorbis comment), then ID3v2, APE, ID3v1 for MP3, FLAC and True Audio, APE, ID3v2, ID3v1 for Monkey's
+// Audio, Musepack and WavPack, and ID3v2, INFO for WAV. A change is made in every tag that the file has
+// (INFO: only where it has the field already); a field removed is gone from all of them. No tag is added as
+// long as those present hold the change exactly; otherwise the format's customary tag is added (ID3v2.4 for
+// MP3, True Audio, WAV and AIFF; APE; Vorbis comment) and gets the other fields too, so that a program that
+// reads only the first tag misses nothing.
+//
+// Empty values: Vorbis comments and MP4 keep them. The others cannot tell an empty value from none: it is
+// left out there, and a field with only empty values is removed.
+//
+// All functions may be called from any thread, on different files at the same time.
+#pragma once
+
+#include "host/api/track_info_record.h"
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace TagLib {
+class IOStream;
+}
+
+namespace vantaro::core {
+
+/// One field's new values. No values: the field is removed.
+struct FieldChange {
+    std::string name;
+    std::vector<std::string> values;
+
+    friend bool operator==(const FieldChange&, const FieldChange&) = default;
+};
+
+/// What turns `before` into `after`: fields whose value lists differ, those that are new, and those that are
+/// gone. Names match without regard to ASCII case, values byte for byte; a different order of fields is no
+/// change. First the fields of `after` in their order, then the removed ones.
+std::vector<FieldChange> field_changes(const std::vector<TrackField>& before,
+                                       const std::vector<TrackField>& after);
+
+/// Replaces the fields, technical fields, length and replay gain of `info` by those of the file.
+///
+/// Technical fields, each absent when the format does not tell: codec, codec_profile, encoding ("lossless" or
+/// "lossy"), bitrate (kbit/s), samplerate (Hz), channels, bitspersample, tool, tagtype ("ID3v2.3|ID3v1"), and
+/// cue_embedded ("yes" or "no") for the formats that customarily carry a cue sheet.
+///
+/// Throws exception_io_not_found, exception_io_denied, exception_io (with the system's text) when the file
+/// cannot be read, exception_io_data when it is no audio file or damaged. `info` is then unchanged.
+void read_tags(const std::string& path, TrackInfoRecord& info);
+
+/// The same on an open stream; the file is not opened again beside it. The stream's name gives the extension.
+void read_tags(TagLib::IOStream& stream, TrackInfoRecord& info);
+
+/// What writing came to.
+struct WriteResult {
+    /// False when the file says the same already ("3/9" for a TRACKNUMBER and its total); it is then
+    /// untouched.
+    bool is_written = false;
+    /// All fields as the file has them now.
+    std::vector<TrackField> fields;
+};
+
+/// Makes exactly these changes and keeps everything else. Of several changes of one field the last one
+/// counts. A TRACKNUMBER (DISCNUMBER, MOVEMENTNUMBER) of the form "3/12" sets the total too, unless the
+/// changes name the total. MP4 stores numbers: "03" is read back as "3".
+///
+/// ID3v2 stays in the version that it has; 2.2 becomes 2.3, and 2.3 becomes 2.4 when a changed field has
+/// several values, which only 2.4 has a form for.
+///
+/// Throws what read_tags throws; exception_io_denied when the file may not be written; exception_io naming
+/// the field and the reason when the format cannot hold a name or a value. The file is untouched then. A
+/// failure of the stream while the new tags are written can leave a file half written: callers who must not
+/// lose it hand in a stream that keeps the edit apart.
+WriteResult write_tags(const std::string& path, std::span<const FieldChange> changes);
+
+/// The same on an open stream.
+WriteResult write_tags(TagLib::IOStream& stream, std::span<const FieldChange> changes);
+
+/// Whether the extension is one of an audio format that read_tags knows. Looks at the name only.
+bool is_audio_file_name(std::string_view path);
+
+} // namespace vantaro::core

@@ -1,0 +1,146 @@
+// The host's small services.
+
+#include "tests/support/temporary_folder.h"
+#include "vantaro/services/clock.h"
+#include "vantaro/services/digest.h"
+#include "vantaro/services/local_files.h"
+#include "vantaro/services/main_thread.h"
+#include "vantaro/terminal/terminal.h"
+
+#include "host/api/abort_flag.h"
+#include "host/api/exceptions.h"
+#include "vantaro/services/abort_signal.h"
+
+#include <QCoreApplication>
+
+#include <gmock/gmock.h>
+
+#include <poll.h>
+
+#include <thread>
+
+namespace vantaro::core {
+namespace {
+
+using testing::ElementsAre;
+
+class ServicesTest : public testing::Test {
+protected:
+    int argc = 1;
+    char name[5] = "test";
+    char* argv[2] = {name, nullptr};
+    QCoreApplication qt{argc, argv};
+    std::vector<std::string> reported;
+    MainThread main_thread{[this](const std::string& line) { reported.push_back(line); }};
+};
+
+TEST_F(ServicesTest, CallsRunOnTheMainThreadInTheirOrder) {
+    std::vector<int> order;
+    bool on_main_thread = true;
+    std::thread other([&] {
+        EXPECT_FALSE(main_thread.is_current());
+        for (int i = 0; i < 3; ++i)
+            main_thread.post([&, i] {
+                on_main_thread &= main_thread.is_current();
+                order.push_back(i);
+            });
+        main_thread.post([] { throw std::runtime_error("a call that fails"); });
+        main_thread.post([&] { order.push_back(3); });
+    });
+    main_thread.run_until([&] { return order.size() == 4; });
+    other.join();
+    EXPECT_TRUE(on_main_thread);
+    EXPECT_THAT(order, ElementsAre(0, 1, 2, 3));
+    EXPECT_THAT(reported, ElementsAre("a call that fails"));
+}
+
+class CountingCallback final : public StaticService<ClockCallback> {
+public:
+    void on_time(std::uint64_t time) override {
+        ++calls;
+        last = time;
+        if (on_each)
+            on_each();
+    }
+    int calls = 0;
+    std::uint64_t last = 0;
+    std::function<void()> on_each;
+};
+
+TEST_F(ServicesTest, TheClockCallsUntilItIsToldToStop) {
+    constexpr std::uint64_t millisecond = 10'000;
+    constexpr std::uint64_t start_of_2020 = 132'223'104'000'000'000;
+    Clock clock(main_thread);
+    CountingCallback callback;
+    clock.register_callback(&callback, millisecond);
+    EXPECT_EQ(callback.calls, 1); // the first time does not wait
+    EXPECT_GT(callback.last, start_of_2020);
+    main_thread.run_until([&] { return callback.calls >= 3; });
+    callback.on_each = [&] { clock.unregister_callback(&callback); }; // from inside a call
+    const int before = callback.calls;
+    main_thread.run_until([&] { return callback.calls > before; });
+    bool later = false;
+    QTimer::singleShot(20, [&] { later = true; });
+    main_thread.run_until([&] { return later; });
+    EXPECT_EQ(callback.calls, before + 1);
+}
+
+TEST_F(ServicesTest, DigestsAreMd5) {
+    Md5Service service;
+    const Guid digest = service.digest("abc", 3);
+    const std::array<std::uint8_t, 16> expected{0x90, 0x01, 0x50, 0x98, 0x3C, 0xD2, 0x4F, 0xB0,
+                                                0xD6, 0x96, 0x3F, 0x7D, 0x28, 0xE1, 0x7F, 0x72};
+    EXPECT_EQ(digest.bytes, expected);
+    const auto state = Ref<DigestState>::adopt(service.initialise());
+    state->process("a", 1);
+    state->process("bc", 2);
+    EXPECT_EQ(state->result(), digest);
+}
+
+TEST(AbortSignal, WakesWhoWaits) {
+    AbortSignal abort;
+    pollfd waiting{abort.wait_handle(), POLLIN, 0};
+    EXPECT_EQ(::poll(&waiting, 1, 0), 0);
+    EXPECT_NO_THROW(abort.check());
+    abort.set();
+    abort.set();
+    EXPECT_EQ(::poll(&waiting, 1, 0), 1);
+    EXPECT_THROW(abort.check(), vantaro_io::exception_aborted);
+}
+
+TEST(LocalFiles, AreReadAndReplacedByTheirPaths) {
+    const test::TemporaryFolder folder;
+    LocalFileSystem files;
+    AbortSignal abort;
+    const std::string path = folder.write("caf\xE9.bin", "old content");
+    {
+        const auto file = Ref<File>::adopt(files.open(path.c_str(), OpenMode::write_new, abort));
+        file->writer().write("new", 3, abort);
+        file->flush(abort);
+        char byte = 0;
+        EXPECT_THROW(file->reader().read(&byte, 1, abort), vantaro_io::exception_io);
+    }
+    const auto file = Ref<File>::adopt(files.open(path.c_str(), OpenMode::read, abort));
+    std::uint64_t size = 0;
+    EXPECT_TRUE(file->get_size(size, abort));
+    EXPECT_EQ(size, 3U);
+    char bytes[8] = {};
+    EXPECT_EQ(file->reader().read(bytes, sizeof bytes, abort), 3U);
+    EXPECT_STREQ(bytes, "new");
+    EXPECT_THROW(files.open(folder.path("none").c_str(), OpenMode::read, abort),
+                 vantaro_io::exception_io_not_found);
+    EXPECT_THROW(files.open(folder.path("no/folder").c_str(), OpenMode::write_new, abort),
+                 vantaro_io::exception_io_not_found);
+    EXPECT_TRUE(files.serves("/a/b") && !files.serves("http://a/b") && !files.serves(""));
+    EXPECT_FALSE(files.is_remote(path.c_str()));
+}
+
+TEST(Terminal, ShowsNoControlCharacters) {
+    EXPECT_EQ(printable("a\x1B[2Jb\tc\x7F"), "a_[2Jb_c_");
+    EXPECT_EQ(printable("\xC2\x9B"
+                        "31m \xC3\xA9 \xC2\xA0"),
+              "_31m \xC3\xA9 \xC2\xA0");
+}
+
+} // namespace
+} // namespace vantaro::core

@@ -1,0 +1,146 @@
+#include "vantaro/services/local_files.h"
+
+#include "host/api/track_info_record.h"
+#include "vantaro/tags/tag_file.h"
+#include "vantaro/update/file_identity.h"
+
+#include <fcntl.h>
+#include <linux/magic.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <string_view>
+#include <system_error>
+
+namespace vantaro::core {
+
+namespace {
+
+[[noreturn]] void throw_error(int code) {
+    switch (code) {
+    case ENOENT:
+    case ENOTDIR:
+        throw vantaro_io::exception_io_not_found();
+    case EACCES:
+    case EPERM:
+    case EROFS:
+        throw vantaro_io::exception_io_denied();
+    default:
+        throw vantaro_io::exception_io(std::generic_category().message(code));
+    }
+}
+
+class LocalFile final : public HeapService<File>, private StreamReader, private StreamWriter {
+public:
+    LocalFile(const char* path, OpenMode mode)
+        : descriptor_(::open(
+            path, mode == OpenMode::read ? O_RDONLY | O_CLOEXEC : O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC,
+            0666)) {
+        if (descriptor_ < 0)
+            throw_error(errno);
+    }
+    ~LocalFile() override { ::close(descriptor_); }
+
+    StreamReader& reader() override { return *this; }
+    StreamWriter& writer() override { return *this; }
+    bool get_size(std::uint64_t& size, AbortFlag&) override {
+        struct stat file;
+        if (::fstat(descriptor_, &file) != 0)
+            throw_error(errno);
+        size = static_cast<std::uint64_t>(file.st_size);
+        return S_ISREG(file.st_mode);
+    }
+    void flush(AbortFlag&) override {
+        if (::fsync(descriptor_) != 0 && errno != EINVAL) // pipes and the like cannot be flushed
+            throw_error(errno);
+    }
+
+private:
+    std::size_t read(void* buffer, std::size_t count, AbortFlag& abort) override {
+        std::size_t total = 0;
+        while (total < count) {
+            abort.check();
+            const ssize_t got = ::read(descriptor_, static_cast<char*>(buffer) + total, count - total);
+            if (got < 0 && errno != EINTR)
+                throw_error(errno);
+            if (got == 0)
+                break;
+            total += static_cast<std::size_t>(std::max<ssize_t>(got, 0));
+        }
+        return total;
+    }
+    void write(const void* data, std::size_t count, AbortFlag& abort) override {
+        for (std::size_t total = 0; total < count;) {
+            abort.check();
+            const ssize_t put = ::write(descriptor_, static_cast<const char*>(data) + total, count - total);
+            if (put < 0 && errno != EINTR)
+                throw_error(errno);
+            total += static_cast<std::size_t>(std::max<ssize_t>(put, 0));
+        }
+    }
+
+    int descriptor_;
+};
+
+class LocalInfoReader final : public HeapService<InputInfoReader> {
+public:
+    explicit LocalInfoReader(const char* path) : path_(path) {}
+
+    FileStats get_file_stats(AbortFlag& abort) override {
+        abort.check();
+        return FileIdentity::of(path_).stats();
+    }
+    void get_info(std::uint32_t subsong, TrackInfo& info, AbortFlag& abort) override {
+        abort.check();
+        if (subsong != 0)
+            throw vantaro_io::exception_io_not_found();
+        TrackInfoRecord record;
+        read_tags(path_, record);
+        info.copy(record);
+    }
+
+private:
+    const std::string path_;
+};
+
+} // namespace
+
+bool LocalFileSystem::serves(const char* path) {
+    const std::string_view text = path;
+    return !text.empty() && text.find("://") == std::string_view::npos;
+}
+
+bool LocalFileSystem::is_remote(const char* path) {
+    constexpr std::array<unsigned long, 9> network_file_systems{
+        NFS_SUPER_MAGIC, SMB_SUPER_MAGIC, SMB2_SUPER_MAGIC, CIFS_SUPER_MAGIC, CODA_SUPER_MAGIC,
+        AFS_SUPER_MAGIC, AFS_FS_MAGIC,    V9FS_MAGIC,       CEPH_SUPER_MAGIC};
+    struct statfs file_system;
+    return ::statfs(path, &file_system) == 0
+           && std::ranges::find(network_file_systems, static_cast<unsigned long>(file_system.f_type))
+                  != network_file_systems.end();
+}
+
+bool LocalFileSystem::get_display_path(const char* path, TextSink& out) {
+    set_text(out, path);
+    return true;
+}
+
+File* LocalFileSystem::open(const char* path, OpenMode mode, AbortFlag& abort) {
+    abort.check();
+    return make_service<LocalFile>(path, mode).detach();
+}
+
+bool TagReader::reads(const char*) {
+    return true;
+}
+
+InputInfoReader* TagReader::open_for_info_read(File*, const char* path, AbortFlag& abort) {
+    abort.check();
+    return make_service<LocalInfoReader>(path).detach();
+}
+
+} // namespace vantaro::core

@@ -1,0 +1,74 @@
+// The terminal as the host uses it: lines on standard error, a progress line below them, and questions.
+//
+//     Terminal terminal;
+//     terminal.progress("Updating", 12, 100);
+//     terminal.line("a.flac: Access denied");        // the progress line makes room and comes back
+//
+// Any thread; questions on the main thread.
+#pragma once
+
+#include "host/api/user_interaction.h"
+
+#include <chrono>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vantaro::core {
+
+/// The text with every control character, which a terminal might act upon, shown as "_".
+std::string printable(std::string_view text);
+
+class Terminal {
+public:
+    Terminal();
+
+    /// Prints one line to standard error.
+    void line(std::string_view text);
+    /// Shows how far something has come; only where standard error is a terminal, and a few times a second.
+    void progress(std::string_view what, std::size_t done, std::size_t total);
+    void end_progress();
+
+private:
+    void clear_progress();
+
+    std::mutex mutex_; // guards everything below
+    const bool interactive_;
+    std::string progress_line_;
+    std::chrono::steady_clock::time_point last_drawn_;
+};
+
+class TerminalConsole final : public StaticService<HostConsole> {
+public:
+    explicit TerminalConsole(Terminal& terminal) : terminal_(terminal) {}
+    void print(const char* text, std::size_t length) override;
+
+private:
+    Terminal& terminal_;
+};
+
+/// Messages go to standard output.
+class TerminalMessage final : public StaticService<PopupMessage> {
+public:
+    void show(const char* text, std::size_t length, const char* title, std::uint32_t icon) override;
+    /// How many messages were shown.
+    std::size_t shown() const { return shown_; }
+
+private:
+    std::size_t shown_ = 0;
+};
+
+/// Asks where a person sits at the terminal; otherwise takes the cautious answer, or the affirmative one
+/// where the program was told so.
+class TerminalQuestion final : public StaticService<PopupQuestion> {
+public:
+    TerminalQuestion(Terminal& terminal, bool assume_yes) : terminal_(terminal), assume_yes_(assume_yes) {}
+    std::uint32_t ask(const Request& request) override;
+
+private:
+    Terminal& terminal_;
+    bool assume_yes_;
+};
+
+} // namespace vantaro::core

@@ -1,0 +1,30 @@
+#include "vantaro/terminal/update_lines.h"
+
+namespace vantaro::core {
+
+void UpdateProgress::on_track(const TrackOutcome&, std::size_t done, std::size_t total) {
+    terminal_.progress(doing_, done, total);
+}
+
+void UpdateProgress::on_end(const UpdateReport&) {
+    terminal_.end_progress();
+}
+
+void UpdateLines::on_track(const TrackOutcome& outcome, std::size_t done, std::size_t total) {
+    if (outcome.state == TrackOutcome::State::failed)
+        terminal().line(std::string(outcome.track->path()) + ": " + outcome.error);
+    UpdateProgress::on_track(outcome, done, total);
+}
+
+void UpdateLines::on_end(const UpdateReport& report) {
+    UpdateProgress::on_end(report);
+    const std::size_t done = report.written + report.unchanged + report.failed;
+    if (report.aborted)
+        terminal().line("Interrupted: " + std::to_string(done) + " of " + std::to_string(report.total)
+                        + " tracks are done, the others were not touched.");
+    if (report.failed > 0)
+        terminal().line(std::to_string(report.failed) + " of " + std::to_string(report.total)
+                        + " tracks failed.");
+}
+
+} // namespace vantaro::core

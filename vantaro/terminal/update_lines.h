@@ -1,0 +1,37 @@
+// An update as a terminal shows it: a progress line, and a line for every track that failed.
+//
+//     setup.make_watcher = [&](std::size_t, WindowHandle) { return std::make_unique<UpdateLines>(terminal,
+//     "Updating"); };
+#pragma once
+
+#include "vantaro/terminal/terminal.h"
+#include "vantaro/update/tag_io.h"
+
+namespace vantaro::core {
+
+/// Only the progress line.
+class UpdateProgress : public UpdateWatcher {
+public:
+    /// `doing` says what is done to the tracks, for the progress line ("Updating"). It outlives the object.
+    UpdateProgress(Terminal& terminal, const char* doing) : terminal_(terminal), doing_(doing) {}
+
+    void on_track(const TrackOutcome& outcome, std::size_t done, std::size_t total) override;
+    void on_end(const UpdateReport& report) override;
+
+protected:
+    Terminal& terminal() { return terminal_; }
+
+private:
+    Terminal& terminal_;
+    const char* doing_;
+};
+
+class UpdateLines : public UpdateProgress {
+public:
+    using UpdateProgress::UpdateProgress;
+
+    void on_track(const TrackOutcome& outcome, std::size_t done, std::size_t total) override;
+    void on_end(const UpdateReport& report) override;
+};
+
+} // namespace vantaro::core

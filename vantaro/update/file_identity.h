@@ -1,0 +1,36 @@
+// Which file a path leads to, and whether it is still the same.
+//
+//     FileIdentity before = FileIdentity::of(path);
+//     ...
+//     if (FileIdentity::of(path) != before) throw ...;
+//
+// Any thread.
+#pragma once
+
+#include "host/api/track.h"
+
+#include <compare>
+#include <cstdint>
+#include <string>
+
+namespace vantaro::core {
+
+struct FileIdentity {
+    /// Two paths with equal device and inode are the same file.
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    /// In bytes.
+    std::uint64_t size = 0;
+    /// Of the last change of the content, in nanoseconds since 1970-01-01 UTC.
+    std::int64_t modified = 0;
+
+    /// Follows symbolic links.
+    /// Throws: vantaro_io::exception_io_not_found, exception_io_denied, exception_io.
+    static FileIdentity of(const std::string& path);
+
+    FileStats stats() const;
+
+    friend auto operator<=>(const FileIdentity&, const FileIdentity&) = default;
+};
+
+} // namespace vantaro::core

@@ -1,0 +1,149 @@
+#include "vantaro/update/tag_io.h"
+
+#include "vantaro/locations/resolve_location.h"
+#include "vantaro/tags/tag_file.h"
+
+#include <algorithm>
+
+namespace vantaro::core {
+
+namespace {
+
+/// Passes the exception on that is being handled, as the same kind, with a text that names the location.
+[[noreturn]] void rethrow_naming(const std::string& location) {
+    const auto named = [&](const std::exception& error) { return location + ": " + error.what(); };
+    try {
+        throw;
+    } catch (const vantaro_io::exception_io_not_found& error) {
+        throw vantaro_io::exception_io_not_found(named(error));
+    } catch (const vantaro_io::exception_io_denied& error) {
+        throw vantaro_io::exception_io_denied(named(error));
+    } catch (const vantaro_io::exception_io_no_handler_for_path& error) {
+        throw vantaro_io::exception_io_no_handler_for_path(named(error));
+    } catch (const vantaro_io::exception_io_data& error) {
+        throw vantaro_io::exception_io_data(named(error));
+    } catch (const vantaro_io::exception_io& error) {
+        throw vantaro_io::exception_io(named(error));
+    }
+}
+
+/// Changes nothing: an update with it only reads.
+class ReadOnly final : public HeapService<TrackFilter> {
+public:
+    explicit ReadOnly(TagIO::Hold hold) : hold_(hold) {}
+
+    bool apply(TrackHandle* track, const FileStats& stats, TrackInfo& info) override {
+        if (hold_ == TagIO::Hold::yes)
+            static_cast<Track*>(track)->hold(make_service<HeldInfo>(TrackInfoRecord(info), stats, false));
+        return false;
+    }
+
+private:
+    const TagIO::Hold hold_;
+};
+
+} // namespace
+
+struct TagIO::Update {
+    Update(const std::vector<Track*>& tracks, TrackFilter* track_filter, CompletionNotify* completion,
+           std::unique_ptr<UpdateWatcher> update_watcher, unsigned threads)
+        : filter(track_filter), notify(completion), watcher(std::move(update_watcher)),
+          job(tracks, *filter, *watcher, abort, threads) {}
+
+    Ref<TrackFilter> filter;
+    Ref<CompletionNotify> notify;
+    std::unique_ptr<UpdateWatcher> watcher;
+    AbortSignal abort;
+    UpdateJob job;
+    std::jthread thread; // last: it uses the others
+};
+
+TagIO::TagIO(TrackTable& tracks, MainThread& main_thread, const AbortFlag& interrupt, unsigned threads,
+             MakeWatcher make_watcher, Report report)
+    : tracks_(tracks), main_thread_(main_thread), interrupt_(interrupt), threads_(threads),
+      make_watcher_(std::move(make_watcher)), report_(std::move(report)) {}
+
+TagIO::~TagIO() = default;
+
+void TagIO::resolve_location(const char* location, TrackSink& out, AbortFlag& abort) {
+    try {
+        const ResolvedLocation found = core::resolve_location(
+            location, is_audio_file_name, [&] { return abort.is_aborting() || interrupt_.is_aborting(); });
+        for (const std::string& problem : found.problems)
+            report_(problem);
+        has_failures_ |= !found.problems.empty();
+        for (const std::string& path : found.paths)
+            out.add(&tracks_.get(path, 0));
+    } catch (...) {
+        has_failures_ = true;
+        rethrow_naming(location);
+    }
+}
+
+void TagIO::add_change_listener(TagChangeListener* listener) {
+    listeners_.push_back(listener);
+}
+
+void TagIO::remove_change_listener(TagChangeListener* listener) {
+    std::erase(listeners_, listener);
+}
+
+void TagIO::update_async(TrackHandle* const* tracks, std::size_t count, TrackFilter* filter,
+                         WindowHandle parent, std::uint32_t, CompletionNotify* notify) {
+    std::vector<Track*> own_tracks;
+    own_tracks.reserve(count);
+    for (std::size_t i = 0; i < count; ++i)
+        own_tracks.push_back(static_cast<Track*>(tracks[i])); // handles come from this host's table only
+    start_update(own_tracks, *filter, make_watcher_(count, parent), notify);
+}
+
+void TagIO::start_update(const std::vector<Track*>& tracks, TrackFilter& filter,
+                         std::unique_ptr<UpdateWatcher> watcher, CompletionNotify* notify) {
+    updates_.push_back(std::make_unique<Update>(tracks, &filter, notify, std::move(watcher), threads_));
+    if (updates_.size() == 1)
+        start_first();
+}
+
+void TagIO::read_tags_of(const std::vector<Track*>& tracks, Hold hold,
+                         std::unique_ptr<UpdateWatcher> watcher) {
+    start_update(tracks, *make_service<ReadOnly>(hold), std::move(watcher), nullptr);
+}
+
+void TagIO::start_first() {
+    Update& update = *updates_.front();
+    update.thread = std::jthread([this, &update] {
+        const UpdateReport report = update.job.run();
+        main_thread_.post([this, report] { end_first(report); });
+    });
+}
+
+void TagIO::abort_all() {
+    for (const auto& update : updates_)
+        update->abort.set();
+}
+
+void TagIO::end_first(const UpdateReport& report) {
+    const std::unique_ptr<Update> update = std::move(updates_.front());
+    update->thread.join();
+    updates_.pop_front();
+    if (!updates_.empty())
+        start_first();
+    has_failures_ |= report.failed > 0;
+    update->watcher->on_end(report);
+    tell_listeners(update->job.written_tracks());
+    if (update->notify)
+        update->notify->notify(report.aborted      ? update_result::aborted
+                               : report.failed > 0 ? update_result::completed_with_errors
+                                                   : update_result::completed);
+}
+
+void TagIO::tell_listeners(const std::vector<TrackHandle*>& changed) {
+    if (changed.empty())
+        return;
+    // A listener may add or remove listeners while it is told.
+    for (TagChangeListener* listener : std::vector(listeners_))
+        if (std::ranges::find(listeners_, listener) != listeners_.end())
+            listener->tags_changed(changed.data(), changed.size());
+}
+
+} // namespace vantaro::core

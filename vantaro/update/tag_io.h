@@ -1,0 +1,83 @@
+// HostTagIO as the host carries it out: locations to tracks, and updates that run beside the main thread.
+//
+//     TagIO tag_io(tracks, main_thread, threads, make_observer);
+//     registry.add_own<HostTagIO>(tag_io);
+//     ...
+//     main_thread.run_until([&] { return tag_io.is_idle(); });
+//
+// Main thread, but for the observers, which are called as UpdateJob says.
+#pragma once
+
+#include "vantaro/services/main_thread.h"
+#include "vantaro/update/update_job.h"
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <thread>
+#include <vector>
+
+namespace vantaro::core {
+
+/// Watches one update: what a terminal or a window shows of it.
+class UpdateWatcher : public UpdateObserver {
+public:
+    /// On the main thread, after the last on_track and before the caller of the update hears of the end.
+    virtual void on_end(const UpdateReport& report) = 0;
+};
+
+class TagIO final : public StaticService<HostTagIOUpdate> {
+public:
+    /// Makes the watcher of an update of so many tracks; `parent` is the window that asked for it.
+    using MakeWatcher = std::function<std::unique_ptr<UpdateWatcher>(std::size_t total, WindowHandle parent)>;
+    /// Takes a line about a part of a location that had to be left out.
+    using Report = std::function<void(const std::string& line)>;
+
+    /// `interrupt`, which outlives the object, ends the resolving of locations whatever its caller's own flag
+    /// says.
+    TagIO(TrackTable& tracks, MainThread& main_thread, const AbortFlag& interrupt, unsigned threads,
+          MakeWatcher make_watcher, Report report);
+    /// Requires: is_idle().
+    ~TagIO();
+
+    void resolve_location(const char* location, TrackSink& out, AbortFlag& abort) override;
+    void add_change_listener(TagChangeListener* listener) override;
+    void remove_change_listener(TagChangeListener* listener) override;
+    void update_async(TrackHandle* const* tracks, std::size_t count, TrackFilter* filter, WindowHandle parent,
+                      std::uint32_t flags, CompletionNotify* notify) override;
+
+    /// The same with a watcher of the caller's own.
+    void start_update(const std::vector<Track*>& tracks, TrackFilter& filter,
+                      std::unique_ptr<UpdateWatcher> watcher, CompletionNotify* notify);
+    /// Whether the tracks hold their tags once they are read. A million of them take gigabytes.
+    enum class Hold { no, yes };
+    /// Reads the tags of the tracks. The watcher sees each track as unchanged, or failed.
+    void read_tags_of(const std::vector<Track*>& tracks, Hold hold, std::unique_ptr<UpdateWatcher> watcher);
+
+    /// Whether no update is under way.
+    bool is_idle() const { return updates_.empty(); }
+    /// Ends every update between two files, as soon as those being written are done.
+    void abort_all();
+    /// Whether some location, some part of one, or some track has failed since the start.
+    bool has_failures() const { return has_failures_; }
+
+private:
+    struct Update;
+
+    void start_first();
+    void end_first(const UpdateReport& report);
+    void tell_listeners(const std::vector<TrackHandle*>& changed);
+
+    TrackTable& tracks_;
+    MainThread& main_thread_;
+    const AbortFlag& interrupt_;
+    const unsigned threads_;
+    const MakeWatcher make_watcher_;
+    const Report report_;
+    std::vector<TagChangeListener*> listeners_;
+    /// The first one is under way, the others wait: two might be about the same file.
+    std::deque<std::unique_ptr<Update>> updates_;
+    bool has_failures_ = false;
+};
+
+} // namespace vantaro::core

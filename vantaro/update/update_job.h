@@ -1,0 +1,72 @@
+// One update of tags: reads the files ahead on several threads, calls the filter on one thread in list order,
+// writes what came out different on several threads.
+//
+//     UpdateJob job(tracks, filter, observer, abort, threads);
+//     UpdateReport report = job.run();
+//
+// run() is called once, on a thread of its own, and returns when everything is done. The observer is called
+// in list order, one call at a time, on any of the job's threads.
+#pragma once
+
+#include "host/api/tag_io.h"
+#include "vantaro/services/abort_signal.h"
+#include "vantaro/tracks/track_table.h"
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vantaro::core {
+
+/// What became of one track.
+struct TrackOutcome {
+    enum class State { unchanged, written, failed };
+
+    Track* track = nullptr;
+    State state = State::unchanged;
+    /// The tags as they were read, and as they are now: as the format has them when the track was written, as
+    /// the filter left them when it failed. Both empty when the file could not be read.
+    TrackInfoRecord before;
+    TrackInfoRecord after;
+    /// Why it failed.
+    std::string error;
+};
+
+struct UpdateReport {
+    /// Different tracks in the list, and how many of them were written and failed. After an abort the rest
+    /// was not touched.
+    std::size_t total = 0;
+    std::size_t written = 0;
+    std::size_t unchanged = 0;
+    std::size_t failed = 0;
+    bool aborted = false;
+};
+
+class UpdateObserver {
+public:
+    virtual ~UpdateObserver() = default;
+    /// The track is done. `done` tracks of `total` are, this one included.
+    virtual void on_track(const TrackOutcome& outcome, std::size_t done, std::size_t total) = 0;
+};
+
+class UpdateJob {
+public:
+    /// `filter` and `observer` outlive the job. A track that stands in the list several times is edited once.
+    /// `threads`: how many read, and how many write.
+    UpdateJob(const std::vector<Track*>& tracks, TrackFilter& filter, UpdateObserver& observer,
+              const AbortFlag& abort, unsigned threads);
+    ~UpdateJob();
+    UpdateJob(const UpdateJob&) = delete;
+    UpdateJob& operator=(const UpdateJob&) = delete;
+
+    UpdateReport run();
+    /// The tracks whose tags were written, sorted by address. Requires: run() has returned.
+    const std::vector<TrackHandle*>& written_tracks() const;
+
+private:
+    class Pipeline;
+    std::unique_ptr<Pipeline> pipeline_;
+};
+
+} // namespace vantaro::core

@@ -1,7 +1,7 @@
 #include "engine/run.h"
 
 #include "host/access.h"
-#include "script/action_registry.h"
+#include "script/script_library.h"
 
 namespace quorvex {
 
@@ -39,17 +39,24 @@ void run_script(const Script& script, const TrackList& tracks, WindowHandle pare
                                                               parent, watched_update, notify);
 }
 
+std::optional<Script> load_script_or_ask(const StoredScript& stored, WindowHandle parent) {
+    Script script;
+    if (!load_script(stored, script, *make_service<IgnoreCompletion>())
+        && uMessageBox(parent, "Some parts of the script failed to load. Continue ?", "Warning",
+                       button::ok | button::cancel)
+               != button::ok)
+        return std::nullopt;
+    return script;
+}
+
 bool run_stored_script(const StoredScript& stored, const TrackList& tracks, WindowHandle parent,
                        CompletionNotify* notify) {
     if (tracks.empty())
         return false;
-    Script script;
-    if (!instantiate(stored, *make_service<IgnoreCompletion>(), script)
-        && uMessageBox(parent, "Some parts of the script failed to load. Continue ?", "Warning",
-                       button::ok | button::cancel)
-               != button::ok)
+    const std::optional<Script> script = load_script_or_ask(stored, parent);
+    if (!script)
         return false;
-    run_script(script, tracks, parent, notify);
+    run_script(*script, tracks, parent, notify);
     return true;
 }
 

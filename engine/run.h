@@ -9,6 +9,8 @@
 #include "host/api/tag_io.h"
 #include "script/stored_script.h"
 
+#include <optional>
+
 namespace quorvex {
 
 /// Applies a script to the tracks that the host hands it. Keeps the actions alive, whatever becomes of the
@@ -26,6 +28,10 @@ private:
     const Script actions_;
     const RunIndex positions_;
 };
+
+/// The live actions of a stored script. When some of it cannot be loaded, asks whether to go on with the
+/// rest; nothing when the answer is no.
+std::optional<Script> load_script_or_ask(const StoredScript& stored, vantaro::WindowHandle parent);
 
 /// Starts editing the tracks. `notify` (may be nullptr) hears of the end as vantaro::update_result says; with
 /// no tracks nothing happens and it is never called.

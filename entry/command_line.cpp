@@ -81,13 +81,10 @@ private:
     std::unordered_map<const TrackHandle*, std::uint32_t> indexes_;
 };
 
-class AddTo final : public TrackSink {
+class Collector final : public TrackSink {
 public:
-    explicit AddTo(TagCommandLine& handler) : handler_(handler) {}
-    void add(TrackHandle* track) override { handler_.on_track(track); }
-
-private:
-    TagCommandLine& handler_;
+    void add(TrackHandle* track) override { tracks.emplace_back(track); }
+    TrackList tracks;
 };
 
 } // namespace
@@ -114,8 +111,10 @@ CommandLineHandler::Result TagCommandLine::on_token(const char* text) {
 void TagCommandLine::on_file(const char* location) {
     try {
         NeverAbort abort;
-        AddTo files(*this);
-        required_service<HostTagIO>()->resolve_location(location, files, abort);
+        Collector found;
+        required_service<HostTagIO>()->resolve_location(location, found, abort);
+        for (const Ref<TrackHandle>& track : found.tracks)
+            on_track(track.get());
     } catch (const std::exception& error) {
         print_to_console(std::string("Path evaluation failure: ") + error.what());
     }

@@ -2,6 +2,9 @@
 //
 //     NAME=VALUE        sets or, with no value, erases a field; backslashes separate several values
 //     AUTOTRACKNUMBER   numbers the tracks in the order of the command line
+//     FORMAT:FIELD:SPEC     sets the field to what the title-formatting pattern gives; erases it when that is
+//     nothing GUESS:PATTERN:SPEC    takes fields out of what the title-formatting pattern gives, by a guess
+//     pattern
 //
 // Any thread.
 #pragma once

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "component/configuration.h"
+#include "script/action.h"
 #include "script/stored_script.h"
 
 #include <optional>
@@ -23,6 +24,13 @@ public:
     const std::vector<StoredScript>& scripts() const { return scripts_; }
     /// Index of the first script of that name, whatever the case of its letters.
     std::optional<std::size_t> find_script(std::string_view name) const;
+    /// Stores the actions under the name, which is then spelled as here: in the entry that has the name, or
+    /// in a new one at the end. Returns whether it is a new one.
+    bool store_script(std::string_view name, const Script& script);
+    /// The same with actions that are stored already.
+    bool store_script(std::string_view name, std::vector<StoredAction> actions);
+    /// Requires: index < scripts().size().
+    void delete_script(std::size_t index);
 
     void write(vantaro::StreamWriter& writer, vantaro::AbortFlag& abort) const override;
     /// After a failure the library holds the scripts read before it.
@@ -31,6 +39,13 @@ public:
 private:
     std::vector<StoredScript> scripts_;
 };
+
+/// The entry that holds the script last run in the editor.
+inline constexpr std::string_view last_used_script = "[last used]";
+
+/// Appends the live actions to `target`. Returns whether every stored action could be made live; the others
+/// are left out.
+bool load_script(const StoredScript& stored, Script& target, vantaro::CompletionNotify& notify);
 
 /// The component's library.
 ScriptLibrary& script_library();

@@ -1,4 +1,4 @@
-// Small services of the host: digest, clock, main-thread calls, version.
+// Small services of the host: digest, clock, main-thread calls, code page, version.
 //
 //     Guid key = digest->digest(text.data(), text.size());
 //     queue->post(make_service<Redraw>(row).get());
@@ -83,6 +83,18 @@ public:
 
 protected:
     ~MainThreadQueue() = default;
+};
+
+/// Tells how texts in files that say nothing of it are encoded. Any thread.
+class LegacyCodePage : public ServiceBase {
+public:
+    static constexpr Guid class_guid = guid("{52B7E4D1-0C96-4F3A-9E18-D7A2C5F8B360}");
+
+    /// Sets a name of the IANA registry of character sets ("windows-1252").
+    virtual void get_name(TextSink& out) = 0;
+
+protected:
+    ~LegacyCodePage() = default;
 };
 
 /// Tells the host's version.

@@ -1,8 +1,13 @@
 #include "host/shared/text.h"
 
+#include "host/api/exceptions.h"
+
 #include <unicode/bytestream.h>
 #include <unicode/casemap.h>
+#include <unicode/localpointer.h>
 #include <unicode/uchar.h>
+#include <unicode/ucnv.h>
+#include <unicode/unistr.h>
 #include <unicode/utf8.h>
 
 #include <algorithm>
@@ -92,6 +97,25 @@ void uAddStringLower(std::string& out, std::string_view text) {
 
 void uReplaceCharAdd(std::string& out, std::string_view text, char from, char to) {
     std::replace_copy(text.begin(), text.end(), std::back_inserter(out), from, to);
+}
+
+bool is_utf8(std::string_view text) {
+    while (!text.empty())
+        if (take_character(text) >= invalid_byte_base)
+            return false;
+    return true;
+}
+
+std::string to_utf8(std::string_view bytes, const char* character_set) {
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::LocalUConverterPointer converter(ucnv_open(character_set, &status));
+    if (U_FAILURE(status))
+        throw vantaro_io::exception_io(std::string("Unknown character set ") + character_set);
+    const icu::UnicodeString text(bytes.data(), static_cast<int32_t>(bytes.size()), converter.getAlias(),
+                                  status);
+    std::string utf8;
+    text.toUTF8String(utf8);
+    return utf8;
 }
 
 std::string limit_text(std::string_view text, std::size_t count) {

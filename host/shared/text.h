@@ -35,6 +35,12 @@ void uReplaceCharAdd(std::string& out, std::string_view text, char from, char to
 inline constexpr char32_t invalid_byte_base = 0x110000;
 char32_t take_character(std::string_view& text);
 
+/// Whether all of the text is UTF-8.
+bool is_utf8(std::string_view text);
+/// The text as UTF-8, from a character set that ICU knows by this name; what it cannot hold becomes U+FFFD.
+/// Throws: vantaro_io::exception_io for an unknown name.
+std::string to_utf8(std::string_view bytes, const char* character_set);
+
 /// Keeps the first `count` characters and appends " (...)", also when the text has exactly `count`; a shorter
 /// text stays as it is.
 std::string limit_text(std::string_view text, std::size_t count);

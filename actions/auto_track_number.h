@@ -1,0 +1,37 @@
+// "Auto track number...": writes TRACKNUMBER and TOTALTRACKS, counting by album. Neighbours in the list for
+// which the album separation pattern gives the same text are one album; with an empty pattern the whole list
+// is.
+//
+// Parameter text: the pattern.
+#pragma once
+
+#include "actions/action_base.h"
+#include "actions/title_script.h"
+
+namespace quorvex {
+
+class AutoTrackNumber final : public ActionBase<AutoTrackNumber> {
+public:
+    static constexpr vantaro::Guid kind = vantaro::guid("{F6D34BCA-5E3D-441B-A76F-39CA11802245}");
+    static constexpr const char* menu_name = "Auto track number...";
+
+    /// Starts with the pattern that was last confirmed in the settings dialog.
+    static vantaro::Ref<Action> create();
+    static vantaro::Ref<Action> create_from_text(std::string_view text) {
+        return vantaro::make_service<AutoTrackNumber>(text);
+    }
+    explicit AutoTrackNumber(std::string_view pattern) : album_(pattern) {}
+
+    void get_description(vantaro::TextSink& out) override;
+    void get_parameter_text(vantaro::TextSink& out) override { vantaro::set_text(out, album_.pattern()); }
+    void apply(vantaro::TrackHandle* track, vantaro::TrackInfo& info, std::uint32_t index,
+               std::uint32_t total) override;
+    bool uses_group_key() override { return !album_.pattern().empty(); }
+    /// The digest of what the pattern gives for the tags that the host holds.
+    vantaro::Guid get_group_key(vantaro::TrackHandle* track) override;
+
+private:
+    TitleScript album_;
+};
+
+} // namespace quorvex

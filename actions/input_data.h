@@ -1,0 +1,39 @@
+// "Input data (one line per track)...": line i of a text that the user pastes in belongs to track i of the
+// run, and is taken apart by a guess pattern.
+//
+// Parameter text: the pattern (line feeds in it as "|"), a line feed, the data with its own line breaks.
+#pragma once
+
+#include "actions/action_base.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace quorvex {
+
+class InputData final : public ActionBase<InputData> {
+public:
+    static constexpr vantaro::Guid kind = vantaro::guid("{5A2336D8-45E4-4E5A-97EF-DF28CB113BE3}");
+    static constexpr const char* menu_name = "Input data (one line per track)...";
+
+    /// Starts with the pattern that was last confirmed in the settings dialog, and no data.
+    static vantaro::Ref<Action> create();
+    /// Throws: vantaro_io::exception_io_data when the text holds no line feed.
+    static vantaro::Ref<Action> create_from_text(std::string_view text);
+    InputData(std::string_view scheme, std::string_view data);
+
+    void get_description(vantaro::TextSink& out) override { vantaro::set_text(out, menu_name); }
+    void get_parameter_text(vantaro::TextSink& out) override;
+    void apply(vantaro::TrackHandle* track, vantaro::TrackInfo& info, std::uint32_t index,
+               std::uint32_t total) override;
+
+private:
+    std::string scheme_;
+    std::string data_;
+    /// Where each line starts. A line ends at a line feed; what follows a carriage return in it is no part of
+    /// it.
+    std::vector<std::size_t> line_starts_;
+};
+
+} // namespace quorvex

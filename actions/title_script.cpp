@@ -1,0 +1,28 @@
+#include "actions/title_script.h"
+
+#include "host/shared/failure.h"
+
+namespace quorvex {
+
+using namespace vantaro;
+
+TitleFormatScript& TitleScript::compiled() {
+    if (!script_) {
+        const auto compiler = required_service<TitleFormatCompiler>();
+        TitleFormatScript* script = nullptr;
+        if (!compiler->compile(script, pattern_.c_str()) && !compiler->compile(script, error_pattern))
+            uBugCheck("the pattern that stands for errors does not compile");
+        script_ = Ref<TitleFormatScript>::adopt(script);
+    }
+    return *script_;
+}
+
+std::string TitleScript::format(TrackHandle& track, const TrackInfo& info, TitleFormatHook* hook) {
+    return text_of([&](TextSink& out) { track.format_title_from(info, hook, out, compiled(), nullptr); });
+}
+
+std::string TitleScript::format_held(TrackHandle& track) {
+    return text_of([&](TextSink& out) { track.format_title(nullptr, out, compiled(), nullptr); });
+}
+
+} // namespace quorvex

@@ -1,0 +1,43 @@
+// The dry run: what a script would make of one track's tags, without touching any file.
+//
+//     DryRun dry_run(tracks);
+//     TrackInfoRecord edited(source);
+//     dry_run.edit(script, row, edited);
+//     std::string text = describe_changes(source, edited);
+//
+// Main thread.
+#pragma once
+
+#include "engine/run_index.h"
+
+#include <map>
+#include <string>
+#include <utility>
+
+namespace quorvex {
+
+class DryRun {
+public:
+    explicit DryRun(TrackList tracks) : tracks_(std::move(tracks)) {}
+
+    const TrackList& tracks() const { return tracks_; }
+
+    /// Applies the script to the tags of the track at `row`, which `info` holds. Actions count by the row
+    /// itself, also for a track that is listed twice, and by groups in the whole list; one that is `skipped`
+    /// (or nullptr) is passed over, and so is one whose groups do not have the track. What an action throws
+    /// passes. Requires: row < tracks().size().
+    void edit(const Script& script, std::size_t row, vantaro::TrackInfo& info,
+              const Action* skipped = nullptr);
+
+    /// The tags that groups are made from have changed.
+    void forget_groups() { group_tables_.clear(); }
+
+private:
+    const PositionTable& groups_of(Action& action);
+
+    const TrackList tracks_;
+    /// By kind and parameter text: an action that is edited gets a new table.
+    std::map<std::pair<vantaro::Guid, std::string>, PositionTable> group_tables_;
+};
+
+} // namespace quorvex

@@ -8,8 +8,19 @@
 #include "component/own_services.h"
 #include "component/service_list.h"
 
+#include "actions/auto_track_number.h"
+#include "actions/copy_values.h"
+#include "actions/embed_cuesheet.h"
 #include "actions/fixed_value.h"
+#include "actions/format_value.h"
+#include "actions/guess_values.h"
+#include "actions/input_data.h"
+#include "actions/remove_fields.h"
+#include "actions/remove_values.h"
+#include "actions/replace_value.h"
+#include "actions/split_field.h"
 #include "entry/command_line.h"
+#include "entry/context_menu.h"
 #include "script/script_library.h"
 
 #include <limits>
@@ -43,10 +54,26 @@ SingleService<PreferencesBranch, vantaro::AdvancedPreference> preferences_branch
 SingleService<IntegerPreference, vantaro::AdvancedPreference> threshold_preference(
     "Quick commands: warn before updating more than N items", quick_command_threshold, PreferencesBranch::id,
     IntegerPreference::Range{initial_threshold, 0, std::numeric_limits<std::uint64_t>::max()});
+SingleService<ManageScripts, vantaro::ContextMenuItem> manage_scripts;
+SingleService<SavedScripts, vantaro::ContextMenuItem> saved_scripts_menu;
 SingleService<VersionRecord, vantaro::ComponentVersion> version_record;
 SingleService<FileNameCheck, vantaro::InstallationCheck> file_name_check;
+KindRecord<AutoTrackNumber> auto_track_number;
+KindRecord<EmbedCuesheet> embed_cuesheet;
+KindRecord<InputData> input_data;
+KindRecord<RemoveValues> remove_values;
+KindRecord<RemoveAllFields> remove_all_fields;
+KindRecord<RemoveField> remove_field;
+KindRecord<RemoveAllFieldsExcept> remove_all_fields_except;
+KindRecord<ReplaceValue> replace_value;
+KindRecord<GuessFromFileName> guess_from_file_name;
+KindRecord<GuessFromFields> guess_from_fields;
 KindRecord<SetValue> set_value;
 KindRecord<AddValue> add_value;
+KindRecord<SplitArtists> split_artists;
+KindRecord<SplitField> split_field_by_separator;
+KindRecord<FormatValue> format_value;
+KindRecord<CopyValues> copy_values;
 
 } // namespace
 

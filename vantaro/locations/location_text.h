@@ -17,8 +17,8 @@ bool is_url(std::string_view location);
 /// vantaro_io::exception_io_no_handler_for_path for other URLs, and for a NUL in the path.
 std::string path_of_url(std::string_view url);
 
-/// The path in full, without "." and ".."; a relative one is taken from `folder`. Links are resolved only in a path
-/// with "..".
+/// The path in full, without "." and ".."; a relative one is taken from `folder`. Links are resolved only in
+/// a path with "..".
 std::string full_path(std::string_view path, std::string_view folder);
 
 /// The path as part of a one-line message: control characters are escaped, and very long ones shortened.

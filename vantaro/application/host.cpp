@@ -1,0 +1,107 @@
+#include "vantaro/application/host.h"
+
+#include "host/api/registered_services.h"
+#include "vantaro/storage/default_folders.h"
+
+#include <QCoreApplication>
+#include <QSocketNotifier>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <thread>
+
+namespace vantaro::core {
+
+namespace {
+
+/// Beside the program's folder: "components" in a build, "lib/vantaro/components" where it is installed.
+std::string own_component_dir() {
+    const std::filesystem::path base =
+        std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
+    const std::filesystem::path installed = base / "lib" / "vantaro" / "components";
+    return std::filesystem::exists(installed) ? installed : base / "components";
+}
+
+unsigned thread_count(unsigned wanted) {
+    constexpr unsigned most = 64;
+    return std::clamp(wanted != 0 ? wanted : std::thread::hardware_concurrency(), 1U, most);
+}
+
+} // namespace
+
+Host::Host(const HostSetup& setup)
+    : interrupt_(*setup.interrupt), console_(*setup.console),
+      component_dir_(setup.component_dir.empty() ? own_component_dir() : setup.component_dir),
+      main_thread_([this](const std::string& line) { report(line); }), clock_(main_thread_),
+      code_page_(setup.code_page),
+      tag_io_(tracks_, main_thread_, interrupt_.flag(), thread_count(setup.jobs), setup.make_watcher,
+              [this](const std::string& line) { report(line); }),
+      components_(setup.config_dir.empty() ? default_config_dir() : setup.config_dir,
+                  [this](std::string_view line) { report(line); }) {
+    registry_.add_own<HostConsole>(*setup.console);
+    registry_.add_own<PopupMessage>(*setup.message);
+    registry_.add_own<PopupQuestion>(*setup.question);
+    registry_.add_own<MainThreadQueue>(main_thread_);
+    registry_.add_own<ClockService>(clock_);
+    registry_.add_own<DigestService>(digest_);
+    registry_.add_own<FileSystem>(file_system_);
+    registry_.add_own<InputEntry>(tag_reader_);
+    registry_.add_own<HostVersion>(version_);
+    registry_.add_own<LegacyCodePage>(code_page_);
+    registry_.add_own<TitleFormatCompiler>(title_formatting_);
+    registry_.add_own<HostTagIO>(tag_io_);
+}
+
+Host::~Host() = default;
+
+void Host::add_built_in(GetInterfaceFunction& get_interface, const std::string& file_name) {
+    components_.add_built_in(get_interface, component_dir_ + '/' + file_name, *this, registry_);
+}
+
+void Host::load_components() {
+    components_.load_folder(component_dir_, *this, registry_);
+    components_.announce_services(true);
+    check_installation();
+}
+
+void Host::check_installation() {
+    for_each_service<InstallationCheck>([&](InstallationCheck& check) {
+        if (!check.is_installed_correctly())
+            report("A component in " + component_dir_
+                   + " is not installed under the name that it should have.");
+    });
+}
+
+void Host::wait_until_idle() {
+    QSocketNotifier interrupted(interrupt_.flag().wait_handle(), QSocketNotifier::Read);
+    QObject::connect(&interrupted, &QSocketNotifier::activated, [&] {
+        interrupted.setEnabled(false); // it stays readable
+        tag_io_.abort_all();
+    });
+    main_thread_.run_until([&] { return tag_io_.is_idle(); });
+}
+
+bool Host::save_configurations() {
+    return components_.save_configurations();
+}
+
+void Host::close() {
+    components_.announce_services(false);
+}
+
+void Host::create_service(ServiceClass* service_class, std::size_t index, ServiceBase*& out) {
+    if (index >= service_class->records.size())
+        throw exception_service_not_found();
+    service_class->records[index]->create_instance(out);
+}
+
+void Host::ensure_main_thread() {
+    if (is_main_thread())
+        return;
+    std::fputs("Fatal internal error: a component called from another thread than the main thread\n", stderr);
+    std::abort();
+}
+
+} // namespace vantaro::core

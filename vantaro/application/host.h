@@ -1,0 +1,115 @@
+// The host, put together: services, components, tracks, updates. What shows progress and asks questions (a
+// terminal, a window) is handed in.
+//
+//     QCoreApplication qt(argc, argv);
+//     HostSetup setup;
+//     ...
+//     Host host(setup);
+//     host.load_components();
+//     ...
+//     host.wait_until_idle();
+//     host.save_configurations();
+//     host.close();
+//
+// Main thread only, but for what HostApi allows.
+#pragma once
+
+#include "host/api/user_interaction.h"
+#include "vantaro/loading/component.h"
+#include "vantaro/loading/service_registry.h"
+#include "vantaro/services/clock.h"
+#include "vantaro/services/digest.h"
+#include "vantaro/services/local_files.h"
+#include "vantaro/services/main_thread.h"
+#include "vantaro/services/version.h"
+#include "vantaro/terminal/interrupt.h"
+#include "vantaro/titleformat/title_format.h"
+#include "vantaro/tracks/track_table.h"
+#include "vantaro/update/tag_io.h"
+
+#include <string>
+#include <vector>
+
+namespace vantaro::core {
+
+struct HostSetup {
+    /// Where configurations are stored; empty for the user's own folder.
+    std::string config_dir;
+    /// Where components lie; empty for the folder that belongs to the program.
+    std::string component_dir;
+    /// How many threads read and how many write files; 0 for as many as the machine has processors.
+    unsigned jobs = 0;
+
+    /// What texts in files are in that say nothing of it, such as cue sheets that are not UTF-8.
+    std::string code_page = "windows-1252";
+
+    /// These outlive the host.
+    Interrupt* interrupt = nullptr;
+    HostConsole* console = nullptr;
+    PopupMessage* message = nullptr;
+    PopupQuestion* question = nullptr;
+    TagIO::MakeWatcher make_watcher;
+};
+
+class Host final : public HostApi {
+public:
+    explicit Host(const HostSetup& setup);
+    ~Host();
+
+    /// Takes in a component that is linked into the program. Before load_components.
+    void add_built_in(GetInterfaceFunction& get_interface, const std::string& file_name);
+    /// Loads the components of the component folder and announces the host's services to all.
+    void load_components();
+    /// Handles events until no update is under way. An interrupt ends updates early.
+    void wait_until_idle();
+    /// Stores what has changed in the components' configurations. Returns whether all could be stored; what
+    /// could not is reported.
+    bool save_configurations();
+    /// Tells the components that the services end. Called once, when idle.
+    void close();
+
+    ServiceRegistry& services() { return registry_; }
+    TrackTable& tracks() { return tracks_; }
+    TagIO& tag_io() { return tag_io_; }
+    const AbortSignal& interrupt() const { return interrupt_.flag(); }
+    /// Prints a line on the console.
+    void report(std::string_view line) { console_.print(line.data(), line.size()); }
+
+    /// Calls `visit(I&)` for every service of the class.
+    template <class I, class Visit>
+    void for_each_service(Visit&& visit) {
+        for (ServiceRecord* record : registry_.find(I::class_guid)->records) {
+            ServiceBase* service = nullptr;
+            record->create_instance(service);
+            visit(*Ref<I>::adopt(static_cast<I*>(service)));
+        }
+    }
+
+    ServiceClass* find_service_class(const Guid& class_guid) override { return registry_.find(class_guid); }
+    void create_service(ServiceClass* service_class, std::size_t index, ServiceBase*& out) override;
+    std::size_t count_services(ServiceClass* service_class) override { return service_class->records.size(); }
+    WindowHandle main_window() override { return nullptr; }
+    void ensure_main_thread() override;
+    bool is_main_thread() override { return main_thread_.is_current(); }
+
+private:
+    void check_installation();
+
+    Interrupt& interrupt_;
+    HostConsole& console_;
+    const std::string component_dir_;
+    ServiceRegistry registry_;
+    MainThread main_thread_;
+    Clock clock_;
+    Md5Service digest_;
+    LocalFileSystem file_system_;
+    TagReader tag_reader_;
+    VersionService version_;
+    CodePageService code_page_;
+    TitleFormatting title_formatting_;
+    TrackTable tracks_;
+    TagIO tag_io_;
+    ComponentSet components_;
+};
+
+} // namespace vantaro::core

@@ -1,0 +1,188 @@
+// The command for terminals and servers. It links the component in place of loading it, so that it can use
+// the component's own parts, and loads whatever other components there are.
+
+#include "component/entry/client.h"
+#include "component/own_services.h"
+#include "quorvex/verbs.h"
+#include "vantaro/application/exit_status.h"
+
+#include <CLI/CLI.hpp>
+
+#include <QCoreApplication>
+
+#include <exception>
+
+namespace quorvex::command {
+namespace {
+
+namespace core = vantaro::core;
+
+using Verb = std::function<int(Session&)>;
+
+/// What the command line says.
+struct Options {
+    core::HostSetup setup;
+    bool yes = false;
+    bool json = false;
+    bool dry_run = false;
+    std::string script;
+    std::string pattern;
+    std::string name;
+    std::string file;
+    std::vector<std::string> paths;
+
+    RunOptions run_options() const { return {script, paths, json}; }
+};
+
+/// Declares the command line. `chosen` becomes the verb that it names; both outlive the parsing.
+class CommandLine {
+public:
+    CommandLine(CLI::App& app, Options& options, Verb& chosen) : options_(options), chosen_(chosen) {
+        app.require_subcommand(1);
+        app.fallthrough();
+        app.set_version_flag("--version", std::string(component_name) + ' ' + component_version);
+        app.add_option("--config-dir", options.setup.config_dir, "Folder of the stored settings")
+            ->type_name("DIR");
+        app.add_option("--components", options.setup.component_dir, "Folder of the components")
+            ->type_name("DIR");
+        app.add_option("--jobs", options.setup.jobs, "Files to read and to write at a time")
+            ->type_name("N")
+            ->check(CLI::Range(1, 64));
+        app.add_option("--code-page", options.setup.code_page,
+                       "Character set of cue sheets that are not UTF-8")
+            ->type_name("NAME");
+        declare_tracks(app);
+        declare_scripts(app);
+    }
+
+private:
+    CLI::App& verb(CLI::App& parent, const char* name, const char* description, const Verb& action) {
+        CLI::App* declared = parent.add_subcommand(name, description);
+        declared->callback([this, action] { chosen_ = action; });
+        return *declared;
+    }
+    void text(CLI::App& verb, const char* name, std::string& target, const char* description) {
+        verb.add_option(name, target, description)->required()->type_name("");
+    }
+    void paths(CLI::App& verb) {
+        verb.add_option("PATH", options_.paths, "Files, folders and playlists")->required()->type_name("");
+    }
+    void json(CLI::App& verb) { verb.add_flag("--json", options_.json, "Print one JSON object a line"); }
+    void yes(CLI::App& verb) { verb.add_flag("--yes", options_.yes, "Answer every question with yes"); }
+    void script(CLI::App& verb) {
+        text(verb, "SCRIPT", options_.script, "A script file (*.qvx or JSON), or the name of a saved script");
+    }
+
+    void declare_tracks(CLI::App& app) {
+        Options& options = options_;
+        CLI::App& run_verb = verb(app, "run", "Run a script over tracks", [&options](Session& session) {
+            return options.dry_run ? preview(session, options.run_options())
+                                   : run(session, options.run_options());
+        });
+        run_verb.add_flag("--dry-run", options.dry_run, "Print what would change, and change nothing");
+        yes(run_verb);
+        json(run_verb);
+        script(run_verb);
+        paths(run_verb);
+
+        CLI::App& preview_verb =
+            verb(app, "preview", "Print what a script would change",
+                 [&options](Session& session) { return preview(session, options.run_options()); });
+        yes(preview_verb);
+        json(preview_verb);
+        script(preview_verb);
+        paths(preview_verb);
+
+        CLI::App& tags_verb = verb(app, "tags", "Print the tags of tracks", [&options](Session& session) {
+            return tags(session, options.paths, options.json);
+        });
+        json(tags_verb);
+        paths(tags_verb);
+
+        CLI::App& format_verb =
+            verb(app, "format", "Print a title-formatting pattern, one line a track",
+                 [&options](Session& session) { return format(session, options.pattern, options.paths); });
+        text(format_verb, "PATTERN", options.pattern, "The pattern, such as '%artist% - %title%'");
+        paths(format_verb);
+    }
+
+    void declare_scripts(CLI::App& app) {
+        Options& options = options_;
+        CLI::App& kinds_verb = verb(app, "kinds", "Print the kinds of actions that scripts may hold",
+                                    [&options](Session&) { return kinds(options.json); });
+        json(kinds_verb);
+
+        CLI::App* scripts = app.add_subcommand("scripts", "The saved scripts");
+        scripts->require_subcommand(1);
+        verb(*scripts, "list", "Print their names", [](Session&) { return list_scripts(); });
+        CLI::App& show = verb(*scripts, "show", "Print one in its text form",
+                              [&options](Session&) { return show_script(options.name); });
+        text(show, "NAME", options.name, "Name of a saved script");
+        CLI::App& import =
+            verb(*scripts, "import", "Save the script of a file",
+                 [&options](Session& session) { return import_script(session, options.file, options.name); });
+        text(import, "FILE", options.file, "A script file (*.qvx or JSON)");
+        import.add_option("--name", options.name, "Save it under this name")->type_name("NAME");
+        CLI::App& export_verb =
+            verb(*scripts, "export", "Write one to a file (*.qvx, or *.json for the text form)",
+                 [&options](Session&) { return export_script(options.name, options.file); });
+        text(export_verb, "NAME", options.name, "Name of a saved script");
+        text(export_verb, "FILE", options.file, "The file, which is replaced if it is there");
+        CLI::App& delete_verb = verb(*scripts, "delete", "Delete one", [&options](Session& session) {
+            return delete_script(session, options.name);
+        });
+        text(delete_verb, "NAME", options.name, "Name of a saved script");
+    }
+
+    Options& options_;
+    Verb& chosen_;
+};
+
+int start(int argc, char** argv) {
+    CLI::App app("Edits the tags of many music files at once with scripts of actions.");
+    Options options;
+    Verb verb;
+    CommandLine command_line(app, options, verb);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? core::exit_status::done : core::exit_status::not_begun;
+    }
+
+    core::Interrupt interrupt;
+    core::Terminal terminal;
+    core::TerminalConsole console(terminal);
+    core::TerminalMessage message;
+    core::TerminalQuestion question(terminal, options.yes);
+    std::unique_ptr<core::UpdateWatcher> next_watcher;
+    options.setup.interrupt = &interrupt;
+    options.setup.console = &console;
+    options.setup.message = &message;
+    options.setup.question = &question;
+    options.setup.make_watcher = [&](std::size_t, vantaro::WindowHandle) { return std::move(next_watcher); };
+    QCoreApplication qt(argc, argv);
+    core::Host host(options.setup);
+    host.add_built_in(vantaro_get_interface, "vnt_quorvex.dll");
+    host.load_components();
+    Session session{host, terminal, next_watcher};
+    int status = core::exit_status::not_begun;
+    try {
+        status = verb(session);
+    } catch (const vantaro_io::exception_io& error) {
+        terminal.line(error.what());
+    }
+    host.close();
+    return status;
+}
+
+} // namespace
+} // namespace quorvex::command
+
+int main(int argc, char** argv) {
+    try {
+        return quorvex::command::start(argc, argv);
+    } catch (const std::exception& error) {
+        vantaro::core::Terminal().line(std::string("quorvex: ") + error.what());
+        return vantaro::core::exit_status::not_begun;
+    }
+}

@@ -1,0 +1,33 @@
+#include "quorvex/output.h"
+
+#include <cstdio>
+
+namespace quorvex::command {
+
+using namespace vantaro;
+
+Json fields_object(const TrackInfoRecord& info) {
+    Json object = Json::object();
+    for (const TrackField& field : info.fields())
+        object[field.name] = field.values;
+    return object;
+}
+
+Json technical_object(const TrackInfoRecord& info) {
+    Json object = Json::object();
+    for (const TechnicalField& field : info.technical_fields())
+        object[field.name] = field.value;
+    object["length"] = info.length();
+    return object;
+}
+
+void print_json(const Json& object) {
+    print_line(object.dump(-1, ' ', false, Json::error_handler_t::replace));
+}
+
+void print_line(std::string_view line) {
+    std::fwrite(line.data(), 1, line.size(), stdout);
+    std::fputc('\n', stdout);
+}
+
+} // namespace quorvex::command

@@ -1,0 +1,23 @@
+// What the verbs print on standard output: objects, one a line, or text for people.
+#pragma once
+
+#include "host/api/track_info_record.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string_view>
+
+namespace quorvex::command {
+
+using Json = nlohmann::ordered_json;
+
+/// {"ARTIST": ["a", "b"], ...}
+Json fields_object(const vantaro::TrackInfoRecord& info);
+/// {"codec": "FLAC", ..., "length": 1.5}
+Json technical_object(const vantaro::TrackInfoRecord& info);
+
+/// One line on standard output. Bytes that are not UTF-8 come out as replacement characters.
+void print_json(const Json& object);
+void print_line(std::string_view line);
+
+} // namespace quorvex::command

@@ -1,0 +1,103 @@
+// What a script would make of every track, without touching a file.
+
+#include "quorvex/output.h"
+#include "quorvex/script_source.h"
+#include "quorvex/tracks.h"
+
+#include "engine/change_text.h"
+#include "engine/dry_run.h"
+#include "engine/run.h"
+#include "vantaro/application/exit_status.h"
+
+#include <map>
+
+namespace quorvex::command {
+
+using namespace vantaro;
+
+namespace {
+
+/// Remembers why tracks could not be read.
+class RememberFailures final : public core::UpdateLines {
+public:
+    RememberFailures(core::Terminal& terminal, std::map<const TrackHandle*, std::string>& failures)
+        : UpdateLines(terminal, "Reading"), failures_(failures) {}
+
+    void on_track(const core::TrackOutcome& outcome, std::size_t done, std::size_t total) override {
+        UpdateLines::on_track(outcome, done, total);
+        if (outcome.state == core::TrackOutcome::State::failed)
+            failures_.emplace(outcome.track, outcome.error);
+    }
+
+private:
+    std::map<const TrackHandle*, std::string>& failures_;
+};
+
+struct PreviewedTrack {
+    TrackInfoRecord before;
+    TrackInfoRecord after;
+    std::string changes;
+    std::string error;
+};
+
+PreviewedTrack preview_track(DryRun& dry_run, const Script& script, std::size_t row) {
+    PreviewedTrack track;
+    if (const Ref<core::HeldInfo> held = static_cast<core::Track&>(*dry_run.tracks()[row]).held())
+        track.before.copy(held->info());
+    track.after.copy(track.before);
+    try {
+        dry_run.edit(script, row, track.after);
+        track.changes = describe_changes(track.before, track.after);
+    } catch (const std::exception& error) {
+        track.error = error.what();
+        track.changes = "Erorr: " + track.error;
+    }
+    return track;
+}
+
+void print(const TrackHandle& handle, const PreviewedTrack& track, bool json) {
+    if (!json) {
+        print_line(core::printable(handle.path()) + ": " + core::printable(track.changes));
+        return;
+    }
+    Json object{{"path", handle.path()},
+                {"subsong", handle.subsong()},
+                {"before", fields_object(track.before)},
+                {"after", fields_object(track.after)},
+                {"changes", track.changes}};
+    if (!track.error.empty())
+        object["error"] = track.error;
+    print_json(object);
+}
+
+} // namespace
+
+int preview(Session& session, const RunOptions& options) {
+    const StoredScript stored = load_named_script(options.script);
+    const TrackList tracks = resolve_paths(session, options.paths);
+    const std::optional<Script> script = load_script_or_ask(stored, nullptr);
+    if (!script)
+        return core::exit_status::not_begun;
+
+    std::map<const TrackHandle*, std::string> failures;
+    session.host.tag_io().read_tags_of(own_tracks(tracks), core::TagIO::Hold::yes,
+                                       std::make_unique<RememberFailures>(session.terminal, failures));
+    session.host.wait_until_idle();
+
+    DryRun dry_run(tracks);
+    bool failed = false;
+    for (std::size_t row = 0; row < tracks.size() && !session.host.interrupt().is_aborting(); ++row) {
+        if (const auto failure = failures.find(tracks[row].get()); failure != failures.end()) {
+            if (options.json)
+                print(*tracks[row], {{}, {}, "No changes", failure->second}, true);
+            continue;
+        }
+        const PreviewedTrack track = preview_track(dry_run, *script, row);
+        failed |= !track.error.empty();
+        print(*tracks[row], track, options.json);
+    }
+    const int status = status_of(session);
+    return status == core::exit_status::done && failed ? core::exit_status::some_failed : status;
+}
+
+} // namespace quorvex::command

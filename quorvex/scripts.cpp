@@ -1,0 +1,80 @@
+// The saved scripts: listing, showing, importing, exporting, deleting.
+
+#include "quorvex/output.h"
+#include "quorvex/script_json.h"
+#include "quorvex/script_source.h"
+#include "quorvex/verbs.h"
+
+#include "host/filesystem_access.h"
+#include "script/script_library.h"
+#include "script/script_stream.h"
+#include "vantaro/application/exit_status.h"
+
+#include <filesystem>
+
+namespace quorvex::command {
+
+using namespace vantaro;
+
+namespace {
+
+std::size_t index_of(const std::string& name) {
+    if (const std::optional<std::size_t> index = script_library().find_script(name))
+        return *index;
+    throw vantaro_io::exception_io_not_found(name + ": there is no saved script of this name.");
+}
+
+int save(Session& session) {
+    return session.host.save_configurations() ? core::exit_status::done : core::exit_status::some_failed;
+}
+
+bool has_json_name(const std::string& path) {
+    return std::filesystem::path(path).extension() == ".json";
+}
+
+} // namespace
+
+int list_scripts() {
+    for (const StoredScript& script : script_library().scripts())
+        print_line(core::printable(script.name));
+    return core::exit_status::done;
+}
+
+int show_script(const std::string& name) {
+    print_line(script_to_json(script_library().scripts()[index_of(name)]));
+    return core::exit_status::done;
+}
+
+int import_script(Session& session, const std::string& path, std::string name) {
+    StoredScript script = read_script(path);
+    if (name.empty())
+        name = !script.name.empty() ? script.name : std::filesystem::path(path).stem().string();
+    script_library().store_script(name, std::move(script.actions));
+    return save(session);
+}
+
+int export_script(const std::string& name, const std::string& path) {
+    StoredScript script = script_library().scripts()[index_of(name)];
+    NeverAbort abort;
+    try {
+        if (has_json_name(path)) {
+            const std::string text = script_to_json(script) + '\n';
+            const Ref<File> file = filesystem::g_open(path.c_str(), OpenMode::write_new, abort);
+            file->writer().write(text.data(), text.size(), abort);
+            file->flush(abort);
+        } else {
+            script.name.clear(); // script files carry none
+            write_script_file(path.c_str(), script, abort);
+        }
+    } catch (const vantaro_io::exception_io& error) {
+        throw vantaro_io::exception_io("Error writing quorvex script " + path + " (" + error.what() + ").");
+    }
+    return core::exit_status::done;
+}
+
+int delete_script(Session& session, const std::string& name) {
+    script_library().delete_script(index_of(name));
+    return save(session);
+}
+
+} // namespace quorvex::command

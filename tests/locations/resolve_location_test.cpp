@@ -1,7 +1,7 @@
 #include "vantaro/locations/resolve_location.h"
 
 #include "host/api/exceptions.h"
-#include "tests/locations/temporary_folder.h"
+#include "tests/support/temporary_folder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 #include "vantaro/storage/component_configuration.h"
 
 #include "host/api/exceptions.h"
-#include "tests/locations/temporary_folder.h"
 #include "tests/storage/record_stream.h"
+#include "tests/support/temporary_folder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "vantaro/locations/natural_order.h"
 
-#include "vantaro/locations/utf8.h"
+#include "vantaro/common/utf8.h"
 
 #include <unicode/uchar.h>
 

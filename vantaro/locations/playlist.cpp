@@ -1,7 +1,7 @@
 #include "vantaro/locations/playlist.h"
 
+#include "vantaro/common/utf8.h"
 #include "vantaro/locations/location_text.h"
-#include "vantaro/locations/utf8.h"
 
 #include <unicode/unistr.h>
 

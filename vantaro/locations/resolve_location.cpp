@@ -1,6 +1,7 @@
 #include "vantaro/locations/resolve_location.h"
 
 #include "host/api/exceptions.h"
+#include "vantaro/common/system_error.h"
 #include "vantaro/locations/location_text.h"
 #include "vantaro/locations/natural_order.h"
 #include "vantaro/locations/playlist.h"
@@ -24,22 +25,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-[[noreturn]] void throw_system_error(const std::error_code& error) {
-    if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory)
-        throw vantaro_io::exception_io_not_found();
-    if (error == std::errc::permission_denied || error == std::errc::operation_not_permitted)
-        throw vantaro_io::exception_io_denied();
-    throw vantaro_io::exception_io(error.message());
-}
-
-[[noreturn]] void throw_errno() {
-    throw_system_error({errno, std::generic_category()});
-}
-
 struct ::stat status_of(const std::string& path) {
     struct ::stat status {};
     if (::stat(path.c_str(), &status) != 0)
-        throw_errno();
+        throw_system_error(errno);
     return status;
 }
 
@@ -49,7 +38,7 @@ std::string read_text(const std::string& path, const struct ::stat& status, cons
         throw vantaro_io::exception_io_data("The playlist is too large");
     std::ifstream file(path, std::ios::binary);
     if (!file)
-        throw_errno();
+        throw_system_error(errno);
     std::string text(size, '\0');
     file.read(text.data(), static_cast<std::streamsize>(size));
     if (file.bad())
@@ -113,7 +102,7 @@ void Resolver::add_named(const std::string& path) {
     if (!S_ISREG(status.st_mode))
         throw vantaro_io::exception_io_no_handler_for_path("Neither a file nor a folder");
     if (::faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) != 0)
-        throw_errno();
+        throw_system_error(errno);
     if (const PlaylistFormat* format = playlist_format(path))
         add_playlist(path, status, *format);
     else
@@ -164,7 +153,7 @@ void Resolver::list_folder(const std::string& folder, std::vector<std::string>& 
     std::move(folders.rbegin(), folders.rend(), std::back_inserter(pending));
     // Last, so that what could be read of a folder is kept.
     if (error)
-        throw_system_error(error);
+        throw_system_error(error.value());
 }
 
 void Resolver::add_playlist(const std::string& path, const struct ::stat& status,
@@ -234,7 +223,7 @@ ResolvedLocation resolve_location(std::string_view location,
     std::error_code error;
     const fs::path current = path.starts_with('/') ? fs::path("/") : fs::current_path(error);
     if (error)
-        throw_system_error(error);
+        throw_system_error(error.value());
     Resolver resolver(is_audio_file, is_aborting, limits);
     resolver.add_named(full_path(path, current.native()));
     return resolver.take_result();

@@ -1,6 +1,7 @@
 #include "vantaro/services/local_files.h"
 
 #include "host/api/track_info_record.h"
+#include "vantaro/common/system_error.h"
 #include "vantaro/tags/tag_file.h"
 #include "vantaro/update/file_identity.h"
 
@@ -14,25 +15,10 @@
 #include <array>
 #include <cerrno>
 #include <string_view>
-#include <system_error>
 
 namespace vantaro::core {
 
 namespace {
-
-[[noreturn]] void throw_error(int code) {
-    switch (code) {
-    case ENOENT:
-    case ENOTDIR:
-        throw vantaro_io::exception_io_not_found();
-    case EACCES:
-    case EPERM:
-    case EROFS:
-        throw vantaro_io::exception_io_denied();
-    default:
-        throw vantaro_io::exception_io(std::generic_category().message(code));
-    }
-}
 
 class LocalFile final : public HeapService<File>, private StreamReader, private StreamWriter {
 public:
@@ -41,7 +27,7 @@ public:
             path, mode == OpenMode::read ? O_RDONLY | O_CLOEXEC : O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC,
             0666)) {
         if (descriptor_ < 0)
-            throw_error(errno);
+            throw_system_error(errno);
     }
     ~LocalFile() override { ::close(descriptor_); }
 
@@ -50,13 +36,13 @@ public:
     bool get_size(std::uint64_t& size, AbortFlag&) override {
         struct stat file;
         if (::fstat(descriptor_, &file) != 0)
-            throw_error(errno);
+            throw_system_error(errno);
         size = static_cast<std::uint64_t>(file.st_size);
         return S_ISREG(file.st_mode);
     }
     void flush(AbortFlag&) override {
         if (::fsync(descriptor_) != 0 && errno != EINVAL) // pipes and the like cannot be flushed
-            throw_error(errno);
+            throw_system_error(errno);
     }
 
 private:
@@ -66,7 +52,7 @@ private:
             abort.check();
             const ssize_t got = ::read(descriptor_, static_cast<char*>(buffer) + total, count - total);
             if (got < 0 && errno != EINTR)
-                throw_error(errno);
+                throw_system_error(errno);
             if (got == 0)
                 break;
             total += static_cast<std::size_t>(std::max<ssize_t>(got, 0));
@@ -78,7 +64,7 @@ private:
             abort.check();
             const ssize_t put = ::write(descriptor_, static_cast<const char*>(data) + total, count - total);
             if (put < 0 && errno != EINTR)
-                throw_error(errno);
+                throw_system_error(errno);
             total += static_cast<std::size_t>(std::max<ssize_t>(put, 0));
         }
     }

@@ -1,6 +1,6 @@
 #include "vantaro/storage/files.h"
 
-#include "host/api/exceptions.h"
+#include "vantaro/common/system_error.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -23,10 +23,7 @@ namespace fs = std::filesystem;
 namespace {
 
 [[noreturn]] void fail(const std::string& path, int error = errno) {
-    const std::string text = path + ": " + std::generic_category().message(error);
-    if (error == EACCES || error == EPERM || error == EROFS)
-        throw vantaro_io::exception_io_denied(text);
-    throw vantaro_io::exception_io(text);
+    throw_system_error(error, path);
 }
 
 std::string folder_of(const std::string& path) {

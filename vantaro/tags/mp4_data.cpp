@@ -1,5 +1,6 @@
 #include "vantaro/tags/mp4_data.h"
 
+#include "vantaro/common/utf8.h"
 #include "vantaro/tags/tag_store.h"
 
 #include <id3v1genres.h>
@@ -76,7 +77,7 @@ std::string data_atom(std::uint32_t type, std::string_view payload) {
 }
 
 bool is_plain_text(std::string_view bytes) {
-    return is_valid_utf8(bytes) && std::ranges::all_of(bytes, [](char c) {
+    return is_utf8(bytes) && std::ranges::all_of(bytes, [](char c) {
                return static_cast<unsigned char>(c) >= 0x20 || c == '\n' || c == '\r' || c == '\t';
            });
 }

@@ -1,6 +1,8 @@
 #include "vantaro/tags/tag_file.h"
 
 #include "host/api/exceptions.h"
+#include "vantaro/common/system_error.h"
+#include "vantaro/common/utf8.h"
 #include "vantaro/tags/audio_file.h"
 #include "vantaro/tags/number_pair.h"
 #include "vantaro/tags/technical.h"
@@ -12,21 +14,12 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 
 namespace vantaro::core {
 
 namespace {
 
 using namespace tags;
-
-[[noreturn]] void throw_system_error(int error) {
-    if (error == ENOENT || error == ENOTDIR)
-        throw vantaro_io::exception_io_not_found();
-    if (error == EACCES || error == EPERM || error == EROFS)
-        throw vantaro_io::exception_io_denied();
-    throw vantaro_io::exception_io(std::strerror(error));
-}
 
 // TagLib tells only that a file cannot be opened, and would wait for ever at a pipe.
 void check_file(const std::string& path, int access_mode) {
@@ -64,10 +57,10 @@ std::vector<FieldChange> normalised(std::span<const FieldChange> changes) {
         for (const std::string& value : change.values) {
             if (value.find('\0') != std::string::npos)
                 throw vantaro_io::exception_io(change.name + ": a value cannot contain a NUL character");
-            if (!is_valid_utf8(value))
+            if (!is_utf8(value))
                 throw vantaro_io::exception_io(change.name + ": a value is no valid UTF-8");
         }
-        if (change.name.empty() || !is_valid_utf8(change.name) || change.name.find('\0') != std::string::npos)
+        if (change.name.empty() || !is_utf8(change.name) || change.name.find('\0') != std::string::npos)
             throw vantaro_io::exception_io(change.name + ": this cannot be the name of a field");
         std::erase_if(result, [&](const FieldChange& other) { return same_name(other, change.name); });
         result.push_back(change);

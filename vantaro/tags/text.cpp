@@ -1,5 +1,7 @@
 #include "vantaro/tags/text.h"
 
+#include "vantaro/common/utf8.h"
+
 #include <tbytevector.h>
 #include <tstring.h>
 
@@ -63,10 +65,6 @@ bool is_ascii(std::string_view text) {
     return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-bool is_valid_utf8(std::string_view text) {
-    return is_ascii(text) || to_utf8(from_utf8(text)) == text;
-}
-
 std::string clean_text(std::string_view utf8) {
     utf8 = utf8.substr(0, utf8.find('\0'));
     return is_ascii(utf8) ? std::string(utf8) : to_utf8(from_utf8(utf8));
@@ -74,7 +72,7 @@ std::string clean_text(std::string_view utf8) {
 
 std::string utf8_or_latin1(std::string_view bytes) {
     bytes = bytes.substr(0, bytes.find('\0'));
-    return is_valid_utf8(bytes) ? std::string(bytes) : from_latin1(bytes);
+    return is_utf8(bytes) ? std::string(bytes) : from_latin1(bytes);
 }
 
 std::string from_latin1(std::string_view bytes) {

@@ -22,7 +22,6 @@ enum class TextEncoding : unsigned char { latin1 = 0, utf16 = 1, utf16be = 2, ut
 std::string upper_name(std::string_view name);
 
 bool is_ascii(std::string_view text);
-bool is_valid_utf8(std::string_view text);
 /// Bytes that are no UTF-8 become U+FFFD; what follows a NUL is cut off.
 std::string clean_text(std::string_view utf8);
 /// clean_text, but a text that is no UTF-8 at all is taken for Latin-1.

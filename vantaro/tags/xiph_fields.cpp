@@ -1,6 +1,7 @@
 #include "vantaro/tags/xiph_fields.h"
 
 #include "host/api/exceptions.h"
+#include "vantaro/common/utf8.h"
 #include "vantaro/tags/number_pair.h"
 #include "vantaro/tags/xiph_places.h"
 
@@ -85,7 +86,7 @@ std::string XiphFields::listed_name(const std::string& name) const {
 std::vector<TrackField> XiphFields::fields() const {
     RankedFields result(true);
     for (const Comment& comment : comments_) {
-        if (comment.name.empty() || is_picture(comment.name) || !is_valid_utf8(comment.name))
+        if (comment.name.empty() || is_picture(comment.name) || !is_utf8(comment.name))
             continue;
         const std::string name = listed_name(comment.name);
         const std::size_t rank = rank_of_place(xiph_places, comment.name);

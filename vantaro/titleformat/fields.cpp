@@ -1,7 +1,7 @@
 #include "vantaro/titleformat/fields.h"
 
 #include "host/api/track_info_record.h"
-#include "vantaro/locations/utf8.h"
+#include "vantaro/common/utf8.h"
 #include "vantaro/titleformat/functions/characters.h"
 #include "vantaro/titleformat/functions/number_text.h"
 #include "vantaro/titleformat/functions/path_text.h"
@@ -109,9 +109,9 @@ bool put_number(std::uint64_t number, FieldSink& sink) {
     return put_text(std::to_string(number), sink);
 }
 
-/// "3/12" is number 3 of 12. What is no number stays as it is.
 enum class NumberStyle : std::uint8_t { plain, two_digits };
 
+/// "3/12" is number 3 of 12. What is no number stays as it is.
 bool put_counted(const TrackInfo& info, std::initializer_list<const char*> names, NumberStyle style,
                  FieldSink& sink) {
     const std::optional<std::string_view> value = first_value(info, names);

@@ -1,27 +1,17 @@
 #include "vantaro/update/file_identity.h"
 
-#include "host/api/exceptions.h"
+#include "vantaro/common/system_error.h"
 
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <system_error>
 
 namespace vantaro::core {
 
 FileIdentity FileIdentity::of(const std::string& path) {
     struct stat file;
-    if (::stat(path.c_str(), &file) != 0) {
-        switch (errno) {
-        case ENOENT:
-        case ENOTDIR:
-            throw vantaro_io::exception_io_not_found();
-        case EACCES:
-            throw vantaro_io::exception_io_denied();
-        default:
-            throw vantaro_io::exception_io(std::generic_category().message(errno));
-        }
-    }
+    if (::stat(path.c_str(), &file) != 0)
+        throw_system_error(errno);
     constexpr std::int64_t second = 1'000'000'000;
     return {file.st_dev, file.st_ino, static_cast<std::uint64_t>(file.st_size),
             file.st_mtim.tv_sec * second + file.st_mtim.tv_nsec};

@@ -70,6 +70,10 @@ std::size_t find_text(std::string_view text, std::string_view needle, std::size_
         return std::string_view::npos;
     if (needle.empty())
         return start;
+    // Most are short, and then the plain way is fast; it takes the product of the sizes.
+    constexpr std::size_t longest_short = 16;
+    if (needle.size() <= longest_short)
+        return text.find(needle, start);
     const void* found = memmem(text.data() + start, text.size() - start, needle.data(), needle.size());
     return found ? static_cast<std::size_t>(static_cast<const char*>(found) - text.data())
                  : std::string_view::npos;

@@ -6,7 +6,7 @@
 // Any thread.
 #pragma once
 
-#include "vantaro/locations/utf8.h"
+#include "vantaro/common/utf8.h"
 
 #include <unicode/uchar.h>
 

@@ -116,7 +116,7 @@ private:
         // Looking at the clock at each character would take longer than most searches.
         if (++search.tries_ % 256 == 0 && std::chrono::steady_clock::now() > search.deadline_)
             search.is_too_slow_ = true;
-        return !search.is_too_slow_;
+        return search.is_too_slow_ ? 0 : 1;
     }
 
     Call& call_;

@@ -115,6 +115,14 @@ void transliterate_pieces(Call& call, std::string_view text, const icu::Translit
     }
 }
 
+// What names of transliterators, and lists of them, and names of encodings are made of.
+constexpr std::string_view name_characters =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-.:;/ ";
+
+bool consists_of(std::string_view text, std::string_view characters) {
+    return text.find_first_not_of(characters) == std::string_view::npos;
+}
+
 std::unique_ptr<icu::Transliterator> make_transliterator(std::string_view rules) {
     UErrorCode error = U_ZERO_ERROR;
     std::unique_ptr<icu::Transliterator> made(
@@ -145,7 +153,8 @@ void transliterate(Call& call) {
     thread_local std::string name;
     thread_local std::unique_ptr<icu::Transliterator> made;
     const std::string_view wanted = call.text(1);
-    if (wanted.size() > longest_name || !is_ascii(wanted))
+    // Names only: ICU's reader of the sets that it takes beside them loses memory when they are wrong.
+    if (wanted.size() > longest_name || !consists_of(wanted, name_characters))
         return call.out().append(call.text(0));
     if (wanted != name) {
         call.charge(work_of_making);
@@ -188,8 +197,6 @@ void char_(Call& call) {
 void convert(Call& call) {
     const std::string_view text = call.text(0);
     const std::string encoding(call.text(1));
-    constexpr std::string_view name_characters =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-.:+";
     constexpr std::size_t longest_name = 60;
     std::string bytes;
     for (const Character& character : Characters(text)) {
@@ -199,8 +206,8 @@ void convert(Call& call) {
     }
     UErrorCode error = U_ZERO_ERROR;
     // ICU takes a name for that of a file as well.
-    if (encoding.empty() || encoding.size() > longest_name
-        || encoding.find_first_not_of(name_characters) != std::string::npos)
+    if (encoding.empty() || encoding.size() > longest_name || !consists_of(encoding, name_characters)
+        || encoding.find('/') != std::string::npos)
         return call.out().append(text);
     const std::unique_ptr<UConverter, decltype(&ucnv_close)> converter(ucnv_open(encoding.c_str(), &error),
                                                                        &ucnv_close);

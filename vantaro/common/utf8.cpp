@@ -1,4 +1,4 @@
-#include "vantaro/locations/utf8.h"
+#include "vantaro/common/utf8.h"
 
 #include <unicode/utf8.h>
 

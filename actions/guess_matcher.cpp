@@ -65,7 +65,7 @@ void guess_fields(vantaro::TrackInfo& target, std::string_view subject_text, std
     const Collapsed subject(subject_text);
     std::size_t cursor = 0;
     const auto take_literal = [&] {
-        const Collapsed literal(pattern.substr(0, pattern.find('%')));
+        Collapsed literal(pattern.substr(0, pattern.find('%')));
         pattern.remove_prefix(std::min(pattern.find('%'), pattern.size()));
         return literal;
     };

@@ -28,7 +28,7 @@ constexpr auto patterns = std::to_array<NamedPattern>({
     {"case", "$upper(%artist%) $titlecase(%title%)"},
     {"values", "$join($sortmulti($unique(%artist%)),'; ')"},
     {"map", "$map(%artist%,$swapprefix(%_loop_value%))"},
-    {"regular_expression", R"($rreplace(%title%,'\s*\(Live[^)]*\)',''))"},
+    {"regular_expression", R"($rreplace(%title%,'\s*\(Live[^)]*\)',))"},
     {"ascii", "$ascii(%album%)"},
     {"file_stats", "%filesize_natural%, %last_modified%"},
 });
@@ -58,8 +58,13 @@ Ref<TitleFormatProgram> compile(const char* pattern) {
     return std::get<Ref<TitleFormatProgram>>(std::move(compiled));
 }
 
-void run_pattern(benchmark::State& state, const char* pattern) {
-    const Ref<TitleFormatProgram> program = compile(pattern);
+/// The argument of a benchmark is the row of the table.
+const NamedPattern& pattern_of(const benchmark::State& state) {
+    return patterns.at(static_cast<std::size_t>(state.range(0)));
+}
+
+void run_pattern(benchmark::State& state) {
+    const Ref<TitleFormatProgram> program = compile(pattern_of(state).pattern);
     Track track("/music/A Slow Harbour/03 - Rope and Tar.flac", 0);
     const TrackInfoRecord tags = sample_tags();
     track.hold(make_service<HeldInfo>(tags, FileStats{28'123'456, 132'000'000'000'000'000}, false));
@@ -68,22 +73,19 @@ void run_pattern(benchmark::State& state, const char* pattern) {
         program->run(track, tags, nullptr, out, nullptr);
         benchmark::DoNotOptimize(out.text().data());
     }
-    state.SetLabel(out.text());
+    state.SetLabel(pattern_of(state).name + (": " + out.text()));
 }
 
-void compile_pattern(benchmark::State& state, const char* pattern) {
+void compile_pattern(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state)
-        benchmark::DoNotOptimize(compile(pattern).get());
+        benchmark::DoNotOptimize(compile(pattern_of(state).pattern).get());
+    state.SetLabel(pattern_of(state).name);
 }
+
+constexpr auto last_row = static_cast<std::int64_t>(patterns.size()) - 1;
+BENCHMARK(run_pattern)->DenseRange(0, last_row);
+BENCHMARK(compile_pattern)->DenseRange(0, last_row);
 
 } // namespace
 
-int main(int argc, char** argv) {
-    for (const NamedPattern& row : patterns) {
-        benchmark::RegisterBenchmark((std::string("run/") + row.name).c_str(), run_pattern, row.pattern);
-        benchmark::RegisterBenchmark((std::string("compile/") + row.name).c_str(), compile_pattern,
-                                     row.pattern);
-    }
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-}
+BENCHMARK_MAIN();

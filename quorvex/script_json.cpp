@@ -54,7 +54,7 @@ std::string setting_text(const SettingName& setting, const Json& value, const st
     }
     if (!value.is_string())
         reject(where, quoted + " is no text");
-    const std::string text = value.get<std::string>();
+    std::string text = value.get<std::string>();
     if (text.find('\0') != std::string::npos)
         reject(where, quoted + " holds a NUL character");
     if (setting.form == SettingForm::line && text.find('\n') != std::string::npos)
@@ -98,24 +98,26 @@ StoredAction action_from(const Json& action, const std::vector<ActionMenuEntry>&
     return stored;
 }
 
+void add_settings(Json& action, const KindSettings& kind, const std::vector<std::string>& texts) {
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        const SettingName& setting = kind.settings[i];
+        if (setting.form == SettingForm::case_flag)
+            action[std::string(setting.name)] = texts[i] == "c";
+        else
+            action[std::string(setting.name)] = texts[i];
+    }
+}
+
 Json action_to(const StoredAction& stored, const std::vector<ActionMenuEntry>& menu) {
     const auto entry =
         std::ranges::find_if(menu, [&](const auto& kind) { return kind.type->get_guid() == stored.kind; });
     Json action{
         {"kind", entry == menu.end() ? to_text(stored.kind) : std::string(without_mark(entry->name))}};
-    const KindSettings* kind = settings_of(stored.kind);
     try {
-        const std::vector<std::string> texts =
-            kind ? split_settings(*kind, stored.parameters) : std::vector<std::string>();
-        for (std::size_t i = 0; i < texts.size(); ++i) {
-            const SettingName& setting = kind->settings[i];
-            if (setting.form == SettingForm::case_flag)
-                action[std::string(setting.name)] = texts[i] == "c";
-            else
-                action[std::string(setting.name)] = texts[i];
-        }
-        if (kind)
+        if (const KindSettings* kind = settings_of(stored.kind)) {
+            add_settings(action, *kind, split_settings(*kind, stored.parameters));
             return action;
+        }
     } catch (const vantaro_io::exception_io_data&) {
         // Malformed, and kept as it is.
     }

@@ -17,7 +17,7 @@ using namespace vantaro;
 namespace {
 
 /// Scripts hold pasted lines, but no music.
-constexpr std::size_t largest_text = 64 * 1024 * 1024;
+constexpr std::size_t largest_text = std::size_t{64} * 1024 * 1024;
 
 /// The text of a file in the text form; nothing for one in the byte form.
 std::optional<std::string> read_text_form(const std::string& path, AbortFlag& abort) {

@@ -110,7 +110,7 @@ TEST(TitleFormatLanguage, HandsValuesOnOneByOne) {
         {
             {"%artist%|$upper(%artist%)", "Osk, Mara|OSK, MARA"},
             {"%gaps%", "a, , c, d"},
-            {"$lenmulti(%gaps%)$lenmulti(%empty%)$lenmulti(%nope%)$lenmulti(%n%)$lenmulti(a, b)", "31001"},
+            {"$lenmulti(%gaps%)$lenmulti(%empty%)$lenmulti(%nope%)$lenmulti(%n%)$lenmulti('a, b')", "31001"},
             {"$join(%gaps%,/)|$join($cleanmulti(%gaps%),/)", "a//c, d|a/c, d"},
             // Only what stands alone in its argument yields values.
             {"$lenmulti([%artist%])$lenmulti(%artist%%artist%)$lenmulti( "

@@ -36,7 +36,7 @@ struct ResolvedLocation {
 /// How much is taken from playlists, which may come from anywhere.
 struct LocationLimits {
     /// Size of one playlist in bytes.
-    std::size_t playlist_size = 64 * 1024 * 1024;
+    std::size_t playlist_size = std::size_t{64} * 1024 * 1024;
     /// Playlists within playlists.
     std::size_t playlist_depth = 16;
     /// Entries of all playlists together.

@@ -187,7 +187,7 @@ std::string set_file_aside(const std::string& path, std::string_view kind) {
     Provisional reserved(reserve_name(path, kind));
     if (::rename(path.c_str(), reserved.path().c_str()) != 0)
         fail(path);
-    const std::string name = reserved.keep();
+    std::string name = reserved.keep();
     sync_folder(folder_of(path));
     return name;
 }

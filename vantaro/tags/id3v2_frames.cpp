@@ -157,7 +157,7 @@ Id3v2Tag parse_id3v2(std::string_view bytes) {
     const std::size_t size = id3v2_size(bytes);
     if (size == 0 || bytes[3] < 2 || bytes[3] > 4)
         throw vantaro_io::exception_io_data("Unknown version of ID3v2");
-    const auto version = static_cast<unsigned>(bytes[3]);
+    const auto version = static_cast<unsigned char>(bytes[3]);
     const auto flags = static_cast<unsigned char>(bytes[5]);
     const bool footer = version == 4 && (flags & 0x10) != 0;
     bytes = bytes.substr(0, size).substr(header_size);

@@ -112,8 +112,8 @@ private:
         if (!bytes.ends_with(lyrics3_mark))
             return;
         std::size_t size = tail;
-        for (std::size_t i = 0, digit = 0; i < lyrics3_size_digits; ++i, digit = 0) {
-            digit = static_cast<std::size_t>(bytes[i] - '0');
+        for (std::size_t i = 0; i < lyrics3_size_digits; ++i) {
+            const auto digit = static_cast<std::size_t>(bytes[i] - '0');
             if (bytes[i] < '0' || bytes[i] > '9')
                 return;
             size = i == 0 ? digit : size * 10 + digit;

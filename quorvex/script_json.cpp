@@ -148,6 +148,8 @@ StoredScript script_from_json(std::string_view text) {
         else if (name != "actions")
             reject("script", "\"" + name + "\" has no place here");
     }
+    if (script.name.find('\0') != std::string::npos)
+        reject("script", "\"name\" holds a NUL character");
     const std::vector<ActionMenuEntry> menu = action_menu();
     std::size_t number = 0;
     for (const Json& action : root["actions"])
@@ -155,7 +157,7 @@ StoredScript script_from_json(std::string_view text) {
     return script;
 }
 
-std::string script_to_json(const StoredScript& script) {
+std::string script_to_json(const StoredScript& script, NotUtf8 not_utf8) {
     const std::vector<ActionMenuEntry> menu = action_menu();
     Json root = Json::object();
     if (!script.name.empty())
@@ -163,7 +165,14 @@ std::string script_to_json(const StoredScript& script) {
     root["actions"] = Json::array();
     for (const StoredAction& action : script.actions)
         root["actions"].push_back(action_to(action, menu));
-    return root.dump(4, ' ', false, Json::error_handler_t::replace);
+    try {
+        return root.dump(4, ' ', false,
+                         not_utf8 == NotUtf8::replace ? Json::error_handler_t::replace
+                                                      : Json::error_handler_t::strict);
+    } catch (const Json::type_error&) {
+        throw vantaro_io::exception_io_data(
+            "the script holds a text that is not UTF-8, which only *.qvx files can hold");
+    }
 }
 
 } // namespace quorvex::command

@@ -31,7 +31,11 @@ namespace quorvex::command {
 /// ...").
 StoredScript script_from_json(std::string_view text);
 
+/// What becomes of texts that are not UTF-8: they are shown with replacement characters, or refused.
+enum class NotUtf8 { replace, refuse };
+
 /// The text form of a script, indented. Kinds are named as the menu names them, unknown ones by GUID.
-std::string script_to_json(const StoredScript& script);
+/// Throws: vantaro_io::exception_io_data when a text that is not UTF-8 is to be refused.
+std::string script_to_json(const StoredScript& script, NotUtf8 not_utf8);
 
 } // namespace quorvex::command

@@ -19,6 +19,8 @@ namespace {
 /// Scripts hold pasted lines, but no music.
 constexpr std::size_t largest_text = std::size_t{64} * 1024 * 1024;
 
+constexpr std::string_view utf8_mark = "\xEF\xBB\xBF";
+
 /// The text of a file in the text form; nothing for one in the byte form.
 std::optional<std::string> read_text_form(const std::string& path, AbortFlag& abort) {
     const Ref<File> file = filesystem::g_open(path.c_str(), OpenMode::read, abort);
@@ -26,6 +28,8 @@ std::optional<std::string> read_text_form(const std::string& path, AbortFlag& ab
     std::array<char, 65536> chunk;
     while (const std::size_t count = file->reader().read(chunk.data(), chunk.size(), abort)) {
         text.append(chunk.data(), count);
+        if (text.starts_with(utf8_mark))
+            text.erase(0, utf8_mark.size());
         const std::size_t first = text.find_first_not_of(" \t\r\n");
         if (first != std::string::npos && text[first] != '{')
             return std::nullopt;

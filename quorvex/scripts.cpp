@@ -41,7 +41,7 @@ int list_scripts() {
 }
 
 int show_script(const std::string& name) {
-    print_line(script_to_json(script_library().scripts()[index_of(name)]));
+    print_line(script_to_json(script_library().scripts()[index_of(name)], NotUtf8::replace));
     return core::exit_status::done;
 }
 
@@ -58,7 +58,7 @@ int export_script(const std::string& name, const std::string& path) {
     NeverAbort abort;
     try {
         if (has_json_name(path)) {
-            const std::string text = script_to_json(script) + '\n';
+            const std::string text = script_to_json(script, NotUtf8::refuse) + '\n';
             const Ref<File> file = filesystem::g_open(path.c_str(), OpenMode::write_new, abort);
             file->writer().write(text.data(), text.size(), abort);
             file->flush(abort);

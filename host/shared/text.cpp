@@ -20,7 +20,11 @@ namespace {
 constexpr std::string_view cut_mark = " (...)";
 
 char32_t take_lower(std::string_view& text) {
-    return uCharLower(take_character(text));
+    const auto byte = static_cast<unsigned char>(text.front());
+    if (byte >= 0x80)
+        return uCharLower(take_character(text));
+    text.remove_prefix(1); // most texts are ASCII
+    return byte >= 'A' && byte <= 'Z' ? static_cast<char32_t>(byte + ('a' - 'A')) : byte;
 }
 
 int compare(std::string_view a, std::string_view b) {

@@ -78,8 +78,8 @@ TEST_F(AllKinds, ReadBackTheirOwnTexts) {
 
 TEST_F(AllKinds, SettingsHaveNames) {
     for (const ActionMenuEntry& entry : action_menu()) {
-        const Example& example = *std::ranges::find_if(
-            examples, [&](const Example& row) { return entry.name == row.name; });
+        const Example& example =
+            *std::ranges::find_if(examples, [&](const Example& row) { return entry.name == row.name; });
         const KindSettings* settings = settings_of(entry.type->get_guid());
         ASSERT_TRUE(settings) << entry.name;
         const std::vector<std::string> texts = split_settings(*settings, example.parameters);
@@ -89,12 +89,14 @@ TEST_F(AllKinds, SettingsHaveNames) {
         EXPECT_EQ(text, example.settings);
         EXPECT_EQ(join_settings(*settings, texts), example.parameters);
         // The table finds malformed what the kind does.
-        for (const char* other : {"", "a", "a\nb", "a\nb\nc", "a\nb\nx", "a\nb\nc\nn", "a\nb\nc\nd\nn", "\n\n\n\n"}) {
+        for (const char* other :
+             {"", "a", "a\nb", "a\nb\nc", "a\nb\nx", "a\nb\nc\nn", "a\nb\nc\nd\nn", "\n\n\n\n"}) {
             if (settings->settings.empty())
                 continue;
             const bool is_split =
-                test::failure_of([&] { EXPECT_EQ(join_settings(*settings, split_settings(*settings, other)), other); })
-                    .empty();
+                test::failure_of([&] {
+                    EXPECT_EQ(join_settings(*settings, split_settings(*settings, other)), other);
+                }).empty();
             EXPECT_EQ(is_split, bool(instantiate({settings->kind, other}, *notify_))) << entry.name << other;
         }
     }

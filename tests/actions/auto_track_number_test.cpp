@@ -49,7 +49,8 @@ TEST_F(Numbering, CountsNeighboursOfOneAlbum) {
     EXPECT_EQ(numbers("%missing%", "A B"), "1/2 2/2 ");
     EXPECT_EQ(numbers("$if(", "A B"), "1/2 2/2 ") << "a pattern that does not compile is one album";
     EXPECT_TRUE(numbers("%album%", test::repeat("A ", 12)).ends_with(" 11/12 12/12 "));
-    EXPECT_EQ(edited(kind, "", "", 4294967295U, 4294967295U), "TRACKNUMBER=[4294967296] TOTALTRACKS=[4294967295]");
+    EXPECT_EQ(edited(kind, "", "", 4294967295U, 4294967295U),
+              "TRACKNUMBER=[4294967296] TOTALTRACKS=[4294967295]");
 }
 
 TEST_F(Numbering, KeysAreDigestsOfWhatThePatternGives) {

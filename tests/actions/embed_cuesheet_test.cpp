@@ -16,7 +16,7 @@ using namespace vantaro;
 class CueFiles final : public HeapService<FileSystem> {
 public:
     struct Content {
-        std::string bytes;
+        std::string bytes = {};
         bool size_is_known = true;
         /// Instead of the number of bytes.
         std::uint64_t size = 0;
@@ -84,11 +84,16 @@ TEST(CueFile, StandsBesideTheTrack) {
         const char* track;
         const char* cue;
     } rows[] = {
-        {"/m/Song.flac", "/m/Song.cue"},       {"/m/Song.x.flac", "/m/Song.x.cue"},
-        {"/m/Song.", "/m/Song.cue"},           {"/m/Song", "/m/Song.cue"},
-        {"/My.Music/Album", "/My.Music/Album.cue"}, {"C:\\My.Music\\Album", "C:\\My.Music\\Album.cue"},
-        {"a.b|c", "a.b|c.cue"},                {"a.b:c", "a.b:c.cue"},
-        {"/m/.flac", "/m/.cue"},               {"", ".cue"},
+        {"/m/Song.flac", "/m/Song.cue"},
+        {"/m/Song.x.flac", "/m/Song.x.cue"},
+        {"/m/Song.", "/m/Song.cue"},
+        {"/m/Song", "/m/Song.cue"},
+        {"/My.Music/Album", "/My.Music/Album.cue"},
+        {"C:\\My.Music\\Album", "C:\\My.Music\\Album.cue"},
+        {"a.b|c", "a.b|c.cue"},
+        {"a.b:c", "a.b:c.cue"},
+        {"/m/.flac", "/m/.cue"},
+        {"", ".cue"},
         {"/m/\xFF.flac", "/m/\xFF.cue"},
     };
     for (const auto& row : rows)
@@ -99,7 +104,7 @@ TEST_F(EmbedCue, ReadsTheText) {
     const std::string chunk(65536, 'x');
     const struct {
         const char* name;
-        std::string bytes;
+        std::string bytes = {};
         std::string text;
     } rows[] = {
         {"ASCII", "TITLE x\r\n", "TITLE x\r\n"},

@@ -52,9 +52,10 @@ TEST_F(FormatKind, ProvidesFieldsOfTheRun) {
         const char* number;
         const char* count;
     } rows[] = {
-        {0, 100, "001", "100"},  {99, 100, "100", "100"}, {0, 12, "01", "12"},
-        {8, 9, "9", "9"},        {249, 250, "250", "250"}, {9, 9, "10", "9"},
-        {0, 0, "1", "0"},        {most, most, "4294967296", "4294967295"},
+        {0, 100, "001", "100"},   {99, 100, "100", "100"},
+        {0, 12, "01", "12"},      {8, 9, "9", "9"},
+        {249, 250, "250", "250"}, {9, 9, "10", "9"},
+        {0, 0, "1", "0"},         {most, most, "4294967296", "4294967295"},
     };
     for (const auto& row : rows) {
         const FieldProvider provider(row.index, row.total, 0);
@@ -76,25 +77,27 @@ TEST_F(FormatKind, ProvidesFieldsOfTheRun) {
 
 TEST_F(FormatKind, SetsOrRemovesTheField) {
     track_.hold(make_service<core::HeldInfo>(test::tags("ARTIST=[held]"), FileStats(), false));
-    expect_edits(kind, {
-                           {"TITLE\n%artist% - %title%", "title=[t][u] ARTIST=[a]", "title=[a - t, u] ARTIST=[a]"},
-                           {"MY FIELD\n$upper(%artist%)", "ARTIST=[a]", "ARTIST=[a] MY FIELD=[A]"},
-                           {"A\n[%b%]", "A=[x][y] C=[z]", "C=[z]"},
-                           {"A\n", "A=[x]", ""},
-                           {"A\n[%b%]", "C=[z]", "C=[z]"},
-                           {"A\n[%now%]", "A=[x]", ""},
-                           {"A\n%filename_ext%", "", "A=[07 - Song.mp3]"},
-                           {"A\n$if(", "A=[x]", "A=[<ERROR>]"},
-                           {"A\n x ", "", "A=[ x ]"},
-                           {"\nx", "A=[x]", "A=[x]"},
-                           {"A%\nx", "A=[x]", "A=[x]"},
-                       });
+    expect_edits(kind,
+                 {
+                     {"TITLE\n%artist% - %title%", "title=[t][u] ARTIST=[a]", "title=[a - t, u] ARTIST=[a]"},
+                     {"MY FIELD\n$upper(%artist%)", "ARTIST=[a]", "ARTIST=[a] MY FIELD=[A]"},
+                     {"A\n[%b%]", "A=[x][y] C=[z]", "C=[z]"},
+                     {"A\n", "A=[x]", ""},
+                     {"A\n[%b%]", "C=[z]", "C=[z]"},
+                     {"A\n[%now%]", "A=[x]", ""},
+                     {"A\n%filename_ext%", "", "A=[07 - Song.mp3]"},
+                     {"A\n$if(", "A=[x]", "A=[<ERROR>]"},
+                     {"A\n x ", "", "A=[ x ]"},
+                     {"\nx", "A=[x]", "A=[x]"},
+                     {"A%\nx", "A=[x]", "A=[x]"},
+                 });
     EXPECT_EQ(edited(kind, "N\n%list_index%/%list_total% %_QUORVEX_index%", "", 8, 250), "N=[009/250 009]");
 }
 
 TEST_F(FormatKind, Texts) {
-    expect_texts(kind, {{"A\n%b%", "Format \"A\" using \"%b%\""},
-                        {"\n" + test::repeat("x", 300), "Format \"\" using \"" + test::repeat("x", 300) + '"'}});
+    expect_texts(kind,
+                 {{"A\n%b%", "Format \"A\" using \"%b%\""},
+                  {"\n" + test::repeat("x", 300), "Format \"\" using \"" + test::repeat("x", 300) + '"'}});
     expect_rejected(kind, {"", "A", "A\nb\n", "A\nb\nc"});
     EXPECT_EQ(defaults(kind), "\n%artist% - %title%");
     const auto typed = make_service<FormatValue>(*notify_, "A\nB", "x\ny");

@@ -48,7 +48,9 @@ TEST(GuessMatcher, TakesFieldsOutOfATextByAPattern) {
         {"", "x", ""},
         {"%a%", "", ""},
         {"%a%\u00E9%b%", "1\u00E92", "a=[1] b=[2]"},
-        {"%a%\xC3%b%", "1\u00E92", "a=[1] b=[\xA9" "2]"},
+        {"%a%\xC3%b%", "1\u00E92",
+         "a=[1] b=[\xA9"
+         "2]"},
     };
     for (const auto& row : rows) {
         TrackInfoRecord info;
@@ -113,16 +115,17 @@ TEST_F(GuessKinds, FromFileName) {
 TEST_F(GuessKinds, FromFields) {
     const Guid kind = GuessFromFields::kind;
     track_.hold(make_service<core::HeldInfo>(test::tags("COMMENT=[held - held]"), FileStats(), false));
-    expect_edits(kind, {
-                           {"%a% - %b%\n%comment%", "COMMENT=[x - y - z]", "COMMENT=[x - y - z] a=[x] b=[y - z]"},
-                           {"%title%\n%artist%", "ARTIST=[x][y]", "ARTIST=[x][y] title=[x, y]"},
-                           {"%n% of %t%\n%list_index% of %_QUORVEX_TOTAL%", "", "n=[1] t=[1]"},
-                           {"%a%\n[%now%]", "A=[x]", "A=[x]"},
-                           {"%a%\n$if(", "", "a=[<ERROR>]"},
-                           {"%a%|%b%\nx|y", "", "a=[x] b=[y]"},
-                           {"\nx", "A=[x]", "A=[x]"},
-                           {"%a%\n", "A=[x]", "A=[x]"},
-                       });
+    expect_edits(kind,
+                 {
+                     {"%a% - %b%\n%comment%", "COMMENT=[x - y - z]", "COMMENT=[x - y - z] a=[x] b=[y - z]"},
+                     {"%title%\n%artist%", "ARTIST=[x][y]", "ARTIST=[x][y] title=[x, y]"},
+                     {"%n% of %t%\n%list_index% of %_QUORVEX_TOTAL%", "", "n=[1] t=[1]"},
+                     {"%a%\n[%now%]", "A=[x]", "A=[x]"},
+                     {"%a%\n$if(", "", "a=[<ERROR>]"},
+                     {"%a%|%b%\nx|y", "", "a=[x] b=[y]"},
+                     {"\nx", "A=[x]", "A=[x]"},
+                     {"%a%\n", "A=[x]", "A=[x]"},
+                 });
     expect_texts(kind, {{"%a%\n%b%\n%c%\n", "Guess value from other fields"}});
     expect_rejected(kind, {"", "%a%"});
     text_setting(setting::last_guess_pattern).set("%x%");
@@ -143,15 +146,9 @@ TEST_F(GuessKinds, InputDataGivesEachTrackALine) {
         const char* data;
         const char* lines; // of tracks 0 to 3
     } rows[] = {
-        {"A\nB\nC", "A,B,C,-,"},
-        {"A\r\nB\r\n", "A,B,-,-,"},
-        {"A\n\nC", "A,-,C,-,"},
-        {"A\rB\nC", "A,C,-,-,"},
-        {"\rA\nB", "-,B,-,-,"},
-        {"A\nB\rC", "A,B,-,-,"},
-        {"\n\n\nD\nE", "-,-,-,D,"},
-        {" A \n\n", "A,-,-,-,"},
-        {"", "-,-,-,-,"},
+        {"A\nB\nC", "A,B,C,-,"},    {"A\r\nB\r\n", "A,B,-,-,"}, {"A\n\nC", "A,-,C,-,"},
+        {"A\rB\nC", "A,C,-,-,"},    {"\rA\nB", "-,B,-,-,"},     {"A\nB\rC", "A,B,-,-,"},
+        {"\n\n\nD\nE", "-,-,-,D,"}, {" A \n\n", "A,-,-,-,"},    {"", "-,-,-,-,"},
     };
     for (const auto& row : rows) {
         std::string lines;
@@ -162,8 +159,9 @@ TEST_F(GuessKinds, InputDataGivesEachTrackALine) {
         }
         EXPECT_EQ(lines, row.lines) << row.data;
     }
-    expect_edits(InputData::kind, {{"%tracknumber%. %title%\n01. Intro", "", "tracknumber=[01] title=[Intro]"},
-                                   {"%a%:%b%\nx", "B=[y]", "B=[y] a=[x]"}});
+    expect_edits(InputData::kind,
+                 {{"%tracknumber%. %title%\n01. Intro", "", "tracknumber=[01] title=[Intro]"},
+                  {"%a%:%b%\nx", "B=[y]", "B=[y] a=[x]"}});
     expect_texts(InputData::kind, {{"%title%\nx\r\ny\n", "Input data (one line per track)..."},
                                    {"\n", "Input data (one line per track)..."}});
     expect_rejected(InputData::kind, {"", "%title%"});

@@ -65,10 +65,12 @@ TEST_F(Hostile, LargeValues) {
         std::size_t count;
         std::string_view starts_with;
     } rows[] = {
-        {"set", SetValue::kind, "A\n" + large, "x", 1, "A = \"01234567890123456789012345678901234567890123456789 (...)\""},
+        {"set", SetValue::kind, "A\n" + large, "x", 1,
+         "A = \"01234567890123456789012345678901234567890123456789 (...)\""},
         {"add", AddValue::kind, "A\n" + large, large, 2, "A = \"0123"},
         {"split", SplitField::kind, "A\n9", large, 1'000'000, "A = \"012345678\"; \"012345678\"; "},
-        {"split at what is not there", SplitField::kind, "A\n" + large, repeat("0", 10'000'000), 1, "No changes"},
+        {"split at what is not there", SplitField::kind, "A\n" + large, repeat("0", 10'000'000), 1,
+         "No changes"},
         {"split blanks", SplitField::kind, "A\n ,", repeat(" ", 10'000'000) + "x", 1, "A = \"x\""},
         {"split separators", SplitField::kind, "A\n,", repeat(", ", 5'000'000), 1, "No changes"},
         {"replace", ReplaceValue::kind, "A\n" + large + "\nB\nn", large, 1, "A = \"B\""},
@@ -118,7 +120,8 @@ TEST_F(Hostile, BytesThatAreNotUtf8) {
                 EXPECT_EQ(parameters(*made), text);
             }
             description(*made);
-            TrackInfoRecord before = test::tags("A=[" + bad + "][x] ARTIST=[" + bad + "] " + bad + "=[" + bad + "]");
+            TrackInfoRecord before =
+                test::tags("A=[" + bad + "][x] ARTIST=[" + bad + "] " + bad + "=[" + bad + "]");
             TrackInfoRecord after(before);
             made->apply(&track_, after, 0, 1);
             made->get_group_key(&track_);

@@ -42,7 +42,8 @@ TEST_F(DryRuns, CountsByRowAndByGroup) {
         DryRun dry_run(tag_io_.tracks(list.tracks));
         ASSERT_EQ(dry_run.tracks().size(), list.rows.size());
         for (std::size_t row = 0; row < list.rows.size(); ++row)
-            EXPECT_EQ(edited(dry_run, {counting("n"), grouping("g")}, row), std::string("LOG=") + list.rows[row])
+            EXPECT_EQ(edited(dry_run, {counting("n"), grouping("g")}, row),
+                      std::string("LOG=") + list.rows[row])
                 << list.tracks;
     }
     EXPECT_EQ(host_.take_events(), "") << "nothing is asked of the host";
@@ -78,7 +79,9 @@ TEST_F(DryRuns, EditsTheTagsThatItIsGiven) {
     EXPECT_EQ(test::tags_text(tag_io_.track("b1").tags), "LOG=[in the file]");
 
     TrackInfoRecord info;
-    EXPECT_EQ(test::failure_of([&] { dry_run.edit({counting("x"), counting("fail"), counting("y")}, 0, info); }),
+    EXPECT_EQ(test::failure_of([&] {
+                  dry_run.edit({counting("x"), counting("fail"), counting("y")}, 0, info);
+              }),
               "no such luck");
     EXPECT_EQ(test::tags_text(info), "LOG=[x 0/2]");
 }

@@ -48,9 +48,7 @@ protected:
         for (std::size_t i = 0; i < 101; ++i)
             tracks_.push_back(&tag_io_.track(std::to_string(i)));
     }
-    ~ContextMenu() override {
-        set_editor_opener(nullptr);
-    }
+    ~ContextMenu() override { set_editor_opener(nullptr); }
     static void save(const char* name, const char* text) {
         script_library().store_script(name, std::vector{StoredAction{fake_kind, text}});
     }
@@ -112,7 +110,8 @@ TEST_F(ContextMenu, OpensTheEditor) {
     press(1);
     EXPECT_EQ(host_.take_events(), "") << "no console here to say that there is no editor";
     set_editor_opener([](const TrackList& tracks, WindowHandle owner) {
-        opened += std::to_string(tracks.size()) + (owner == host()->main_window() ? " in main window; " : "; ");
+        opened +=
+            std::to_string(tracks.size()) + (owner == host()->main_window() ? " in main window; " : "; ");
     });
     press(0);
     press(2, 1);
@@ -144,11 +143,12 @@ TEST_F(ContextMenu, ListsSavedScripts) {
     save("[last used]", "");
     save("", "");
     // The GUIDs are the MD5 of the names.
-    const std::string full = "Scripts: Runs a tag editor script.\n"
-                             "{98500190-D23C-B04F-D696-3F7D28E17F72} abc: Runs a tag editing script : \"abc\"\n"
-                             "{6BBCD3C1-5316-88FB-4F79-73E72EDEEA60} [last used]: "
-                             "Runs a tag editing script : \"[last used]\"\n"
-                             "{D98C1DD4-008F-04B2-E980-0998ECF8427E} : Runs a tag editing script : \"\"\n";
+    const std::string full =
+        "Scripts: Runs a tag editor script.\n"
+        "{98500190-D23C-B04F-D696-3F7D28E17F72} abc: Runs a tag editing script : \"abc\"\n"
+        "{6BBCD3C1-5316-88FB-4F79-73E72EDEEA60} [last used]: "
+        "Runs a tag editing script : \"[last used]\"\n"
+        "{D98C1DD4-008F-04B2-E980-0998ECF8427E} : Runs a tag editing script : \"\"\n";
     EXPECT_EQ(menu(1), full);
     EXPECT_EQ(menu(0, menu_caller::command_list), full);
     EXPECT_EQ(menu(0), "-\n") << "an empty selection";
@@ -180,8 +180,9 @@ TEST_F(ContextMenu, RunsAScriptByItsGuid) {
     std::thread([&] { scripts_.execute(0, abc, tracks_.data(), 3, {}); }).join();
     EXPECT_EQ(happened(), "");
     script_library().store_script("abc", std::vector{StoredAction{fake_kind, "x"}, StoredAction{}});
-    EXPECT_EQ(run(abc, 3), "Warning: Some parts of the script failed to load. Continue ? buttons 3, default 1, "
-                           "icon 3, main window");
+    EXPECT_EQ(run(abc, 3),
+              "Warning: Some parts of the script failed to load. Continue ? buttons 3, default 1, "
+              "icon 3, main window");
     question_->answer = button::ok;
     EXPECT_TRUE(run(abc, 3).ends_with("\nLOG=[x 0/3]"));
 }
@@ -223,6 +224,14 @@ TEST_F(ContextMenu, AsksAboveTheThreshold) {
         Ref<ContextMenuNode>::adopt(submenu->child(0))->execute(tracks_.data(), row.count);
         EXPECT_EQ(happened(), row.events) << row.threshold << ", " << row.count;
     }
+    // No threshold that needs more than 32 bits is ever reached.
+    question_->answer = button::no;
+    set_threshold(never);
+    EXPECT_TRUE(confirm_quick_command(never + 1));
+    set_threshold(never - 1);
+    EXPECT_FALSE(confirm_quick_command(never));
+    EXPECT_EQ(host_.take_events(), asked("4294967296 tracks"));
+
     guard_->can_create = false;
     set_threshold(1);
     EXPECT_TRUE(confirm_quick_command(1));

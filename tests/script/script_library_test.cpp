@@ -53,8 +53,15 @@ TEST_F(Library, StoresUnderNamesWithoutRegardToCase) {
     const struct {
         const char* name;
         std::optional<std::size_t> index;
-    } rows[] = {{"rock", 0},        {"ROCK BALLADS", 1}, {"CAF\u00C9", 2},       {"[Last Used]", 3}, {"", 4},
-                {"Rock ", std::nullopt}, {"Roc", std::nullopt}, {"Cafe", std::nullopt}, {"\xFF", std::nullopt}};
+    } rows[] = {{"rock", 0},
+                {"ROCK BALLADS", 1},
+                {"CAF\u00C9", 2},
+                {"[Last Used]", 3},
+                {"", 4},
+                {"Rock ", std::nullopt},
+                {"Roc", std::nullopt},
+                {"Cafe", std::nullopt},
+                {"\xFF", std::nullopt}};
     for (const auto& row : rows)
         EXPECT_EQ(library.find_script(row.name), row.index) << row.name;
 

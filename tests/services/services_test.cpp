@@ -137,6 +137,7 @@ TEST(LocalFiles, AreReadAndReplacedByTheirPaths) {
 
 TEST(Terminal, ShowsNoControlCharacters) {
     EXPECT_EQ(printable("a\x1B[2Jb\tc\x7F"), "a_[2Jb_c_");
+    EXPECT_EQ(printable("caf\xE9 \x9B"), "caf\xEF\xBF\xBD \xEF\xBF\xBD");
     EXPECT_EQ(printable("\xC2\x9B"
                         "31m \xC3\xA9 \xC2\xA0"),
               "_31m \xC3\xA9 \xC2\xA0");

@@ -1,5 +1,7 @@
 #include "vantaro/terminal/terminal.h"
 
+#include "vantaro/common/utf8.h"
+
 #include <unistd.h>
 
 #include <array>
@@ -55,14 +57,18 @@ char lower(char c) {
 } // namespace
 
 std::string printable(std::string_view text) {
-    std::string shown(text);
-    for (char& c : shown)
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
-            c = '_';
-    // The two-byte forms of the second set of control characters.
-    for (std::size_t i = 0; i + 1 < shown.size(); ++i)
-        if (shown[i] == '\xC2' && static_cast<unsigned char>(shown[i + 1]) < 0xA0)
-            shown.replace(i, 2, "_");
+    std::string shown;
+    shown.reserve(text.size());
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t start = at;
+        const std::optional<std::int32_t> c = next_code_point(text, at);
+        if (!c)
+            shown += "\xEF\xBF\xBD";
+        else if (*c < 0x20 || (*c >= 0x7F && *c < 0xA0))
+            shown += '_';
+        else
+            shown += text.substr(start, at - start);
+    }
     return shown;
 }
 

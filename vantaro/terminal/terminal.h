@@ -17,8 +17,8 @@
 
 namespace vantaro::core {
 
-/// The text with every control character, which a terminal might act upon, shown as "_", and every byte that is not
-/// UTF-8 as a replacement character.
+/// The text with every control character, which a terminal might act upon, shown as "_", and every byte that
+/// is not UTF-8 as a replacement character.
 std::string printable(std::string_view text);
 
 class Terminal {

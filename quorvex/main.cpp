@@ -139,13 +139,15 @@ private:
 };
 
 int start(int argc, char** argv) {
-    CLI::App app("Edits the tags of many music files at once with scripts of actions.");
+    CLI::App app("Edits the tags of many music files at once with scripts of actions.", "quorvex");
     Options options;
     Verb verb;
     CommandLine command_line(app, options, verb);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
+        if (const std::vector<std::string> unknown = app.remaining(); !unknown.empty())
+            core::Terminal().line("quorvex: \"" + unknown.front() + "\" is not known here.");
         return app.exit(error) == 0 ? core::exit_status::done : core::exit_status::not_begun;
     }
 

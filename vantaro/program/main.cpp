@@ -86,7 +86,8 @@ int run(int argc, char** argv) {
     CLI::App options(
         "Vantaro edits the tags of music files.\n\n"
         "ARGUMENT is a command of a component, such as '/tag:genre=Jazz', followed by the files, folders "
-        "and playlists that it is for; /tag:help lists the commands.");
+        "and playlists that it is for; /tag:help lists the commands.",
+        "vantaro");
     HostSetup setup;
     std::vector<std::string> arguments;
     options.add_option("--config-dir", setup.config_dir, "Folder of the stored settings")->type_name("DIR");

@@ -189,7 +189,9 @@ class ProgramCase(unittest.TestCase):
         if os.getuid() != 0:
             return self.run_program(program, *arguments)
         os.chown(self.folder, ORDINARY_USER, ORDINARY_USER)
-        return self.run_program(program, *arguments, user=ORDINARY_USER, group=ORDINARY_USER, extra_groups=[])
+        # The build folder may lie where only its owner gets.
+        copied = shutil.copy(os.environ[program.upper()], self.folder)
+        return self.run_program(copied, *arguments, user=ORDINARY_USER, group=ORDINARY_USER, extra_groups=[])
 
     def run_on_terminal(self, program, *arguments, typed=""):
         """With standard input and standard error on a terminal; what is shown there comes as stderr."""

@@ -10,7 +10,9 @@
 
 #include <QCoreApplication>
 
+#include <cstdint>
 #include <exception>
+#include <limits>
 
 namespace quorvex::command {
 namespace {
@@ -25,6 +27,8 @@ struct Options {
     bool yes = false;
     bool json = false;
     bool dry_run = false;
+    bool times = false;
+    std::uint64_t run = 0;
     std::string script;
     std::string pattern;
     std::string name;
@@ -52,6 +56,7 @@ public:
                        "Character set of cue sheets that are not UTF-8")
             ->type_name("NAME");
         declare_tracks(app);
+        declare_runs(app);
         declare_scripts(app);
     }
 
@@ -104,6 +109,22 @@ private:
                  [&options](Session& session) { return format(session, options.pattern, options.paths); });
         text(format_verb, "PATTERN", options.pattern, "The pattern, such as '%artist% - %title%'");
         paths(format_verb);
+    }
+
+    void declare_runs(CLI::App& app) {
+        Options& options = options_;
+        CLI::App& runs_verb = verb(app, "runs", "Print the runs that can be undone, newest first",
+                                   [&options](Session& session) { return runs(session, options.json); });
+        json(runs_verb);
+        CLI::App& undo_verb =
+            verb(app, "undo", "Give every file of a run its old bytes back", [&options](Session& session) {
+                return undo(session, options.run, options.times, options.json);
+            });
+        undo_verb.add_option("RUN", options.run, "Number of a run; without it, the newest")
+            ->type_name("")
+            ->check(CLI::Range(std::uint64_t{1}, std::numeric_limits<std::uint64_t>::max()));
+        undo_verb.add_flag("--times", options.times, "Give the files their old times of change, too");
+        json(undo_verb);
     }
 
     void declare_scripts(CLI::App& app) {

@@ -30,4 +30,10 @@ void print_line(std::string_view line) {
     std::fputc('\n', stdout);
 }
 
+void hint_at_undo(vantaro::core::Terminal& terminal, std::uint64_t run) {
+    const std::string number = std::to_string(run);
+    if (run != 0)
+        terminal.hint("This was run " + number + "; \"quorvex undo " + number + "\" takes it back.");
+}
+
 } // namespace quorvex::command

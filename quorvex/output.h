@@ -2,9 +2,11 @@
 #pragma once
 
 #include "host/api/track_info_record.h"
+#include "vantaro/terminal/terminal.h"
 
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
 #include <string_view>
 
 namespace quorvex::command {
@@ -19,5 +21,8 @@ Json technical_object(const vantaro::TrackInfoRecord& info);
 /// One line on standard output. Bytes that are not UTF-8 come out as replacement characters.
 void print_json(const Json& object);
 void print_line(std::string_view line);
+
+/// Tells a person at the terminal how to take the run back; nothing for run 0.
+void hint_at_undo(vantaro::core::Terminal& terminal, std::uint64_t run);
 
 } // namespace quorvex::command

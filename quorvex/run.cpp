@@ -41,9 +41,8 @@ public:
     void on_end(const core::UpdateReport& report) override {
         UpdateLines::on_end(report);
         if (!json_)
-            print_line(std::to_string(report.total) + " tracks: " + std::to_string(report.written)
-                       + " written, " + std::to_string(report.unchanged) + " unchanged, "
-                       + std::to_string(report.failed) + " failed");
+            print_summary(report);
+        hint_at_undo(terminal(), report.run);
     }
 
 private:
@@ -70,6 +69,7 @@ int run(Session& session, const RunOptions& options) {
             std::make_unique<core::UpdateProgress>(session.terminal, "Reading"));
         session.host.wait_until_idle();
     }
+    session.host.tag_io().set_activity("run " + options.script);
     session.next_watcher = std::make_unique<PrintRun>(session.terminal, options.json);
     run_script(*script, tracks, nullptr, nullptr);
     session.host.wait_until_idle();

@@ -9,6 +9,7 @@
 #include "vantaro/terminal/terminal.h"
 #include "vantaro/terminal/update_lines.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -39,6 +40,11 @@ int preview(Session& session, const RunOptions& options);
 int tags(Session& session, const std::vector<std::string>& paths, bool json);
 /// Prints a title-formatting pattern, one line a track.
 int format(Session& session, const std::string& pattern, const std::vector<std::string>& paths);
+/// Prints the runs that can be taken back, newest first.
+int runs(Session& session, bool json);
+/// Takes a run back, the newest one when `number` is 0, and prints what came of it. With `times` the files
+/// get their old times of change, too.
+int undo(Session& session, std::uint64_t number, bool times, bool json);
 /// Prints the registered kinds of actions.
 int kinds(bool json);
 

@@ -12,6 +12,8 @@
 
 #include <gmock/gmock.h>
 
+#include <tfilestream.h>
+
 namespace vantaro::core {
 namespace {
 
@@ -45,6 +47,7 @@ class ComponentTest : public testing::Test {
 protected:
     ComponentTest() {
         setup.config_dir = folder.path("config");
+        setup.state_dir = folder.path("state");
         setup.component_dir = folder.make_folder("components");
         setup.interrupt = &interrupt;
         setup.console = &console;
@@ -89,7 +92,10 @@ TEST_F(ComponentTest, AKindOfSomebodyElsesRunsInAScript) {
     for (const char* file : {"a.flac", "b.flac"})
         std::filesystem::copy_file(
             std::filesystem::path(QUORVEX_SAMPLES) / "album/02 - Gulls over Slate.flac", folder.path(file));
-    write_tags(folder.path("b.flac"), std::vector<FieldChange>{{"TITLE", {"palindrome"}}});
+    {
+        TagLib::FileStream stream(folder.path("b.flac").c_str());
+        write_tags(stream, std::vector<FieldChange>{{"TITLE", {"palindrome"}}});
+    }
     Host host(setup);
     host.add_built_in(vantaro_get_interface, "vnt_quorvex.dll");
     host.load_components();

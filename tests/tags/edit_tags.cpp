@@ -1,5 +1,7 @@
 // edit_tags FILE CHANGE...: CHANGE is NAME=VALUE, with further values behind backslashes, or NAME alone,
 // which removes the field.
+#include "vantaro/safe_write/edit_stream.h"
+#include "vantaro/safe_write/prepare.h"
 #include "vantaro/tags/tag_file.h"
 
 #include <iostream>
@@ -18,7 +20,18 @@ int main(int argc, char** argv) {
                 start = end;
             }
         }
-        vantaro::core::write_tags(argc > 1 ? argv[1] : "", changes);
+        vantaro::core::OpenFile file = vantaro::core::OpenFile::open_for_change(
+            vantaro::core::real_system_calls(), argc > 1 ? argv[1] : "");
+        vantaro::core::EditStream stream(file);
+        vantaro::core::write_tags(stream, changes);
+        const vantaro::core::FileEdit edit = stream.edit();
+        if (edit.empty())
+            return 0;
+        const vantaro::core::TemporaryNames names{
+            [](const std::string& folder) { return folder + "/edit_tags.temporary"; },
+            [](const std::string&) {}};
+        vantaro::core::PreparedChange change = prepare_change(std::move(file), edit, {}, names);
+        apply_change(change);
         return 0;
     } catch (const std::exception& error) {
         std::cerr << error.what() << '\n';

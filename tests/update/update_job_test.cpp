@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tfilestream.h>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -68,8 +70,9 @@ protected:
     UpdateReport run(TestFilter::Edit edit, unsigned threads = 4) {
         recorder.order.clear();
         filter = make_service<TestFilter>(std::move(edit));
-        UpdateJob job(tracks, *filter, recorder, abort, threads);
+        UpdateJob job(tracks, *filter, recorder, abort, {runs, "test", 0, false, threads});
         const UpdateReport report = job.run();
+        EXPECT_EQ(report.problem, "");
         written = job.written_tracks();
         return report;
     }
@@ -81,6 +84,7 @@ protected:
     }
 
     test::TemporaryFolder folder;
+    RunStore runs{folder.path("runs"), real_system_calls()};
     TrackTable table;
     std::vector<Track*> tracks;
     Ref<TestFilter> filter;
@@ -183,7 +187,8 @@ TEST_F(UpdateJobTest, AFileThatChangesMeanwhileIsLeftAlone) {
     std::string changed;
     run([&](TrackHandle& track, TrackInfo& info) {
         // Another program writes between our reading and our writing.
-        write_tags(track.path(), std::vector<FieldChange>{{"ALBUM", {"Somebody else's"}}});
+        TagLib::FileStream stream(track.path());
+        write_tags(stream, std::vector<FieldChange>{{"ALBUM", {"Somebody else's"}}});
         const timespec times[2] = {{0, UTIME_OMIT}, {12345, 0}};
         ::utimensat(AT_FDCWD, track.path(), times, 0);
         changed = folder.read("a.flac");

@@ -1,6 +1,9 @@
 #include "vantaro/application/host.h"
 
 #include "host/api/registered_services.h"
+#include "vantaro/application/preferences.h"
+#include "vantaro/common/present.h"
+#include "vantaro/journal/recovery.h"
 #include "vantaro/storage/default_folders.h"
 
 #include <QCoreApplication>
@@ -36,10 +39,12 @@ Host::Host(const HostSetup& setup)
       component_dir_(setup.component_dir.empty() ? own_component_dir() : setup.component_dir),
       main_thread_([this](const std::string& line) { report(line); }), clock_(main_thread_),
       code_page_(setup.code_page),
-      tag_io_(tracks_, main_thread_, interrupt_.flag(), thread_count(setup.jobs), setup.make_watcher,
+      runs_((setup.state_dir.empty() ? default_state_dir() : setup.state_dir) + "/runs", real_system_calls()),
+      tag_io_(tracks_, main_thread_, interrupt_.flag(), runs_, thread_count(setup.jobs), setup.make_watcher,
               [this](const std::string& line) { report(line); }),
       components_(setup.config_dir.empty() ? default_config_dir() : setup.config_dir,
                   [this](std::string_view line) { report(line); }) {
+    look_after_runs(setup.config_dir.empty() ? default_config_dir() : setup.config_dir);
     registry_.add_own<HostConsole>(*setup.console);
     registry_.add_own<PopupMessage>(*setup.message);
     registry_.add_own<PopupQuestion>(*setup.question);
@@ -55,6 +60,18 @@ Host::Host(const HostSetup& setup)
 }
 
 Host::~Host() = default;
+
+void Host::look_after_runs(const std::string& config_dir) {
+    const auto report_line = [this](const std::string& line) { report(line); };
+    const Preferences preferences = load_preferences(config_dir, report_line);
+    tag_io_.set_keeps_times(preferences.keep_times);
+    recover_runs(runs_, report_line);
+    try {
+        runs_.prune(preferences.undo, present());
+    } catch (const vantaro_io::exception_io& error) {
+        report(error.what());
+    }
+}
 
 void Host::add_built_in(GetInterfaceFunction& get_interface, const std::string& file_name) {
     components_.add_built_in(get_interface, component_dir_ + '/' + file_name, *this, registry_);

@@ -15,6 +15,7 @@
 #pragma once
 
 #include "host/api/user_interaction.h"
+#include "vantaro/journal/run_store.h"
 #include "vantaro/loading/component.h"
 #include "vantaro/loading/service_registry.h"
 #include "vantaro/services/clock.h"
@@ -35,6 +36,8 @@ namespace vantaro::core {
 struct HostSetup {
     /// Where configurations are stored; empty for the user's own folder.
     std::string config_dir;
+    /// Where the journals of runs are kept; empty for the user's own folder.
+    std::string state_dir;
     /// Where components lie; empty for the folder that belongs to the program.
     std::string component_dir;
     /// How many threads read and how many write files; 0 for as many as the machine has processors.
@@ -53,6 +56,7 @@ struct HostSetup {
 
 class Host final : public HostApi {
 public:
+    /// Puts files right that a run left behind when it was cut off; what it finds is reported.
     explicit Host(const HostSetup& setup);
     ~Host();
 
@@ -71,6 +75,8 @@ public:
     ServiceRegistry& services() { return registry_; }
     TrackTable& tracks() { return tracks_; }
     TagIO& tag_io() { return tag_io_; }
+    /// The runs of this user that can be taken back.
+    RunStore& runs() { return runs_; }
     const AbortSignal& interrupt() const { return interrupt_.flag(); }
     /// Prints a line on the console.
     void report(std::string_view line) { console_.print(line.data(), line.size()); }
@@ -94,6 +100,7 @@ public:
 
 private:
     void check_installation();
+    void look_after_runs(const std::string& config_dir);
 
     Interrupt& interrupt_;
     HostConsole& console_;
@@ -107,6 +114,7 @@ private:
     VersionService version_;
     CodePageService code_page_;
     TitleFormatting title_formatting_;
+    RunStore runs_;
     TrackTable tracks_;
     TagIO tag_io_;
     ComponentSet components_;

@@ -1,4 +1,4 @@
-#include "vantaro/update/file_identity.h"
+#include "vantaro/common/file_identity.h"
 
 #include "vantaro/common/system_error.h"
 
@@ -12,6 +12,10 @@ FileIdentity FileIdentity::of(const std::string& path) {
     struct stat file;
     if (::stat(path.c_str(), &file) != 0)
         throw_system_error(errno);
+    return of(file);
+}
+
+FileIdentity FileIdentity::of(const struct ::stat& file) {
     constexpr std::int64_t second = 1'000'000'000;
     return {file.st_dev, file.st_ino, static_cast<std::uint64_t>(file.st_size),
             file.st_mtim.tv_sec * second + file.st_mtim.tv_nsec};

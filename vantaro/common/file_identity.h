@@ -13,6 +13,8 @@
 #include <cstdint>
 #include <string>
 
+struct stat;
+
 namespace vantaro::core {
 
 struct FileIdentity {
@@ -27,6 +29,7 @@ struct FileIdentity {
     /// Follows symbolic links.
     /// Throws: vantaro_io::exception_io_not_found, exception_io_denied, exception_io.
     static FileIdentity of(const std::string& path);
+    static FileIdentity of(const struct ::stat& file);
 
     FileStats stats() const;
 

@@ -82,6 +82,15 @@ int distribute(Host& host, Terminal& terminal, const TerminalMessage& message,
     return host.tag_io().has_failures() ? exit_status::some_failed : exit_status::done;
 }
 
+/// What the user asked for, without the files.
+std::string joined_commands(const std::vector<std::string>& arguments) {
+    std::string result;
+    for (const std::string& argument : arguments)
+        if (argument.starts_with('/') && argument.find('/', 1) == std::string::npos)
+            result += (result.empty() ? "" : " ") + argument;
+    return result;
+}
+
 int run(int argc, char** argv) {
     CLI::App options(
         "Vantaro edits the tags of music files.\n\n"
@@ -130,6 +139,7 @@ int run(int argc, char** argv) {
     Host host(setup);
     host.load_components();
 
+    host.tag_io().set_activity(menu_command.empty() ? joined_commands(arguments) : menu_command);
     const int status = list                    ? list_menu(host)
                        : !menu_command.empty() ? run_menu_command(host, terminal, menu_command, arguments)
                                                : distribute(host, terminal, message, arguments);

@@ -1,9 +1,9 @@
 #include "vantaro/services/local_files.h"
 
 #include "host/api/track_info_record.h"
+#include "vantaro/common/file_identity.h"
 #include "vantaro/common/system_error.h"
 #include "vantaro/tags/tag_file.h"
-#include "vantaro/update/file_identity.h"
 
 #include <fcntl.h>
 #include <linux/magic.h>

@@ -31,13 +31,6 @@ std::string folder_of(const std::string& path) {
     return folder.empty() ? "." : folder;
 }
 
-void sync_folder(const std::string& folder) {
-    const FileDescriptor file(folder, O_RDONLY | O_DIRECTORY);
-    // Some file systems cannot, and say so this way.
-    if (::fsync(file.get()) != 0 && errno != EINVAL)
-        fail(folder);
-}
-
 /// A file that goes away unless it is kept.
 class Provisional {
 public:
@@ -122,6 +115,13 @@ void make_folder(const std::string& path) {
     make_folder(folder_of(path));
     if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
         fail(path);
+}
+
+void sync_folder(const std::string& folder) {
+    const FileDescriptor file(folder, O_RDONLY | O_DIRECTORY);
+    // Some file systems cannot, and say so this way.
+    if (::fsync(file.get()) != 0 && errno != EINVAL)
+        fail(folder);
 }
 
 std::optional<std::string> read_file(const std::string& path) {

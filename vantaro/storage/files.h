@@ -52,6 +52,9 @@ std::string follow_links(const std::string& path);
 /// Makes the folder and those above it, for nobody else's eyes; fine when it exists.
 void make_folder(const std::string& path);
 
+/// The names in the folder are on the medium.
+void sync_folder(const std::string& folder);
+
 /// The bytes; nothing when there is no file.
 std::optional<std::string> read_file(const std::string& path);
 

@@ -22,7 +22,7 @@ namespace {
 using namespace tags;
 
 // TagLib tells only that a file cannot be opened, and would wait for ever at a pipe.
-void check_file(const std::string& path, int access_mode) {
+void check_file(const std::string& path) {
     struct stat status = {};
     if (path.find('\0') != std::string::npos)
         throw vantaro_io::exception_io_not_found();
@@ -32,7 +32,7 @@ void check_file(const std::string& path, int access_mode) {
         throw_system_error(EISDIR);
     if (!S_ISREG(status.st_mode))
         throw vantaro_io::exception_io_data();
-    if (::access(path.c_str(), access_mode) != 0)
+    if (::access(path.c_str(), R_OK) != 0)
         throw_system_error(errno);
 }
 
@@ -170,7 +170,7 @@ std::vector<FieldChange> field_changes(const std::vector<TrackField>& before,
 }
 
 void read_tags(const std::string& path, TrackInfoRecord& info) {
-    check_file(path, R_OK);
+    check_file(path);
     TagLib::FileStream stream(path.c_str(), true);
     if (!stream.isOpen())
         throw vantaro_io::exception_io_denied();
@@ -184,14 +184,6 @@ void read_tags(TagLib::IOStream& stream, TrackInfoRecord& info) {
     read_technical(stream, *file, result);
     result.set_replay_gain(find_replay_gain(result.fields(), file->format()));
     info = std::move(result);
-}
-
-WriteResult write_tags(const std::string& path, std::span<const FieldChange> changes) {
-    check_file(path, R_OK | W_OK);
-    TagLib::FileStream stream(path.c_str());
-    if (!stream.isOpen())
-        throw vantaro_io::exception_io_denied();
-    return write_tags(stream, changes);
 }
 
 WriteResult write_tags(TagLib::IOStream& stream, std::span<const FieldChange> changes) {

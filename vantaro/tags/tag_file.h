@@ -4,7 +4,7 @@
 //     read_tags(path, before);
 //     TrackInfoRecord after(before);
 //     after.set_field("GENRE", "Jazz");
-//     write_tags(path, field_changes(before.fields(), after.fields()));
+//     write_tags(stream, field_changes(before.fields(), after.fields()));
 //
 // Formats: MP3, FLAC, Ogg Vorbis, Opus, Ogg FLAC, Speex, MP4, WavPack, Monkey's Audio, Musepack, True Audio,
 // WAV, AIFF, ASF. The format is told by the content, by the extension of the name only when the content does
@@ -86,13 +86,10 @@ struct WriteResult {
 /// ID3v2 stays in the version that it has; 2.2 becomes 2.3, and 2.3 becomes 2.4 when a changed field has
 /// several values, which only 2.4 has a form for.
 ///
-/// Throws what read_tags throws; exception_io_denied when the file may not be written; exception_io naming
-/// the field and the reason when the format cannot hold a name or a value. The file is untouched then. A
-/// failure of the stream while the new tags are written can leave a file half written: callers who must not
-/// lose it hand in a stream that keeps the edit apart.
-WriteResult write_tags(const std::string& path, std::span<const FieldChange> changes);
-
-/// The same on an open stream.
+/// Throws what read_tags throws; exception_io_denied when the stream may not be written; exception_io naming
+/// the field and the reason when the format cannot hold a name or a value. The stream is untouched then. A
+/// failure of the stream while the new tags are written can leave it half written: hand in one that keeps the
+/// edit apart from the file (EditStream).
 WriteResult write_tags(TagLib::IOStream& stream, std::span<const FieldChange> changes);
 
 /// Whether the extension is one of an audio format that read_tags knows. Looks at the name only.

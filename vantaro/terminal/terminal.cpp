@@ -82,6 +82,11 @@ void Terminal::line(std::string_view text) {
     write_all(STDERR_FILENO, out);
 }
 
+void Terminal::hint(std::string_view text) {
+    if (interactive_)
+        line(text);
+}
+
 void Terminal::progress(std::string_view what, std::size_t done, std::size_t total) {
     if (!interactive_)
         return;

@@ -27,6 +27,8 @@ public:
 
     /// Prints one line to standard error.
     void line(std::string_view text);
+    /// Prints one line for a person: only where standard error is a terminal.
+    void hint(std::string_view text);
     /// Shows how far something has come; only where standard error is a terminal, and a few times a second.
     void progress(std::string_view what, std::size_t done, std::size_t total);
     void end_progress();

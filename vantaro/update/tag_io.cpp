@@ -1,5 +1,6 @@
 #include "vantaro/update/tag_io.h"
 
+#include "vantaro/common/present.h"
 #include "vantaro/locations/resolve_location.h"
 #include "vantaro/tags/tag_file.h"
 
@@ -46,9 +47,9 @@ private:
 
 struct TagIO::Update {
     Update(const std::vector<Track*>& tracks, TrackFilter* track_filter, CompletionNotify* completion,
-           std::unique_ptr<UpdateWatcher> update_watcher, unsigned threads)
+           std::unique_ptr<UpdateWatcher> update_watcher, UpdateSettings settings)
         : filter(track_filter), notify(completion), watcher(std::move(update_watcher)),
-          job(tracks, *filter, *watcher, abort, threads) {}
+          job(tracks, *filter, *watcher, abort, std::move(settings)) {}
 
     Ref<TrackFilter> filter;
     Ref<CompletionNotify> notify;
@@ -58,9 +59,9 @@ struct TagIO::Update {
     std::jthread thread; // last: it uses the others
 };
 
-TagIO::TagIO(TrackTable& tracks, MainThread& main_thread, const AbortFlag& interrupt, unsigned threads,
-             MakeWatcher make_watcher, Report report)
-    : tracks_(tracks), main_thread_(main_thread), interrupt_(interrupt), threads_(threads),
+TagIO::TagIO(TrackTable& tracks, MainThread& main_thread, const AbortFlag& interrupt, RunStore& runs,
+             unsigned threads, MakeWatcher make_watcher, Report report)
+    : tracks_(tracks), main_thread_(main_thread), interrupt_(interrupt), runs_(runs), threads_(threads),
       make_watcher_(std::move(make_watcher)), report_(std::move(report)) {}
 
 TagIO::~TagIO() = default;
@@ -99,7 +100,9 @@ void TagIO::update_async(TrackHandle* const* tracks, std::size_t count, TrackFil
 
 void TagIO::start_update(const std::vector<Track*>& tracks, TrackFilter& filter,
                          std::unique_ptr<UpdateWatcher> watcher, CompletionNotify* notify) {
-    updates_.push_back(std::make_unique<Update>(tracks, &filter, notify, std::move(watcher), threads_));
+    UpdateSettings settings{runs_, activity_, present(), keeps_times_, threads_};
+    updates_.push_back(
+        std::make_unique<Update>(tracks, &filter, notify, std::move(watcher), std::move(settings)));
     if (updates_.size() == 1)
         start_first();
 }
@@ -128,13 +131,16 @@ void TagIO::end_first(const UpdateReport& report) {
     updates_.pop_front();
     if (!updates_.empty())
         start_first();
-    has_failures_ |= report.failed > 0;
+    has_failures_ |= report.failed > 0 || !report.problem.empty();
+    if (!report.problem.empty())
+        report_(report.problem);
     update->watcher->on_end(report);
     tell_listeners(update->job.written_tracks());
     if (update->notify)
-        update->notify->notify(report.aborted      ? update_result::aborted
-                               : report.failed > 0 ? update_result::completed_with_errors
-                                                   : update_result::completed);
+        update->notify->notify(report.aborted ? update_result::aborted
+                               : report.failed > 0 || !report.problem.empty()
+                                   ? update_result::completed_with_errors
+                                   : update_result::completed);
 }
 
 void TagIO::tell_listeners(const std::vector<TrackHandle*>& changed) {

@@ -1,6 +1,6 @@
 // HostTagIO as the host carries it out: locations to tracks, and updates that run beside the main thread.
 //
-//     TagIO tag_io(tracks, main_thread, threads, make_observer);
+//     TagIO tag_io(tracks, main_thread, interrupt, runs, threads, make_watcher, report);
 //     registry.add_own<HostTagIO>(tag_io);
 //     ...
 //     main_thread.run_until([&] { return tag_io.is_idle(); });
@@ -14,6 +14,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -35,8 +36,8 @@ public:
 
     /// `interrupt`, which outlives the object, ends the resolving of locations whatever its caller's own flag
     /// says.
-    TagIO(TrackTable& tracks, MainThread& main_thread, const AbortFlag& interrupt, unsigned threads,
-          MakeWatcher make_watcher, Report report);
+    TagIO(TrackTable& tracks, MainThread& main_thread, const AbortFlag& interrupt, RunStore& runs,
+          unsigned threads, MakeWatcher make_watcher, Report report);
     /// Requires: is_idle().
     ~TagIO();
 
@@ -53,6 +54,11 @@ public:
     enum class Hold { no, yes };
     /// Reads the tags of the tracks. The watcher sees each track as unchanged, or failed.
     void read_tags_of(const std::vector<Track*>& tracks, Hold hold, std::unique_ptr<UpdateWatcher> watcher);
+
+    /// What the updates from now on are about, in the user's words, for the list of runs.
+    void set_activity(std::string activity) { activity_ = std::move(activity); }
+    /// Whether files keep their times of change in the updates from now on.
+    void set_keeps_times(bool keeps_times) { keeps_times_ = keeps_times; }
 
     /// Whether no update is under way.
     bool is_idle() const { return updates_.empty(); }
@@ -71,6 +77,7 @@ private:
     TrackTable& tracks_;
     MainThread& main_thread_;
     const AbortFlag& interrupt_;
+    RunStore& runs_;
     const unsigned threads_;
     const MakeWatcher make_watcher_;
     const Report report_;
@@ -78,6 +85,8 @@ private:
     /// The first one is under way, the others wait: two might be about the same file.
     std::deque<std::unique_ptr<Update>> updates_;
     bool has_failures_ = false;
+    std::string activity_;
+    bool keeps_times_ = false;
 };
 
 } // namespace vantaro::core

@@ -1,13 +1,15 @@
 #include "vantaro/update/update_job.h"
 
+#include "vantaro/journal/run_writer.h"
+#include "vantaro/safe_write/edit_stream.h"
 #include "vantaro/tags/tag_file.h"
-#include "vantaro/update/file_identity.h"
 
 #include <algorithm>
 #include <condition_variable>
 #include <deque>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <thread>
 #include <unordered_set>
@@ -33,29 +35,35 @@ std::vector<Track*> without_duplicates(const std::vector<Track*>& tracks) {
 class UpdateJob::Pipeline {
 public:
     Pipeline(const std::vector<Track*>& tracks, TrackFilter& filter, UpdateObserver& observer,
-             const AbortFlag& abort, unsigned threads)
+             const AbortFlag& abort, UpdateSettings settings)
         : tracks_(without_duplicates(tracks)), filter_(filter), observer_(observer), abort_(abort),
-          threads_(threads) {}
+          settings_(std::move(settings)), writer_(settings_.runs, {settings_.now, settings_.activity, 0}) {}
 
     UpdateReport run() {
         {
             std::vector<std::jthread> readers;
-            for (unsigned i = 0; i < threads_; ++i)
+            for (unsigned i = 0; i < settings_.threads; ++i)
                 readers.emplace_back([this] { read_ahead(); });
             std::vector<std::jthread> writers;
-            for (unsigned i = 0; i < threads_; ++i)
+            for (unsigned i = 0; i < settings_.threads; ++i)
                 writers.emplace_back([this] { write_behind(); });
             filter_all();
             close();
         }
+        writer_.wait();
         // Other paths to files that were in the works: one by one, now that nothing else is.
         for (ItemPointer& item : other_names_) {
             if (abort_.is_aborting())
                 break;
             read(*item);
             edit(*item);
-            write(*item);
-            finish(std::move(item));
+            write(std::move(item));
+            writer_.wait();
+        }
+        try {
+            report_.run = writer_.finish();
+        } catch (const std::exception& error) {
+            report_.problem = error.what();
         }
         std::ranges::sort(written_);
         report_.total = tracks_.size();
@@ -177,29 +185,55 @@ private:
                 item = std::move(to_write_.front());
                 to_write_.pop_front();
             }
-            write(*item);
-            finish(std::move(item));
+            write(std::move(item));
         }
     }
 
-    void write(Item& item) {
-        if (item.failed() || item.changes.empty())
-            return;
-        Track& track = *item.outcome.track;
-        try {
-            const std::string path = track.path();
-            if (FileIdentity::of(path) != item.file)
-                throw vantaro_io::exception_io("The file has changed since its tags were read");
-            WriteResult result = write_tags(path, item.changes);
-            item.outcome.after.set_fields(std::move(result.fields));
-            if (!result.is_written)
-                return;
-            item.outcome.state = TrackOutcome::State::written;
-            if (track.held())
-                track.hold(make_service<HeldInfo>(item.outcome.after, FileIdentity::of(path).stats(), false));
-        } catch (const std::exception& error) {
-            item.fail(error.what());
+    void write(ItemPointer item) {
+        std::optional<PreparedChange> change;
+        if (!item->failed() && !item->changes.empty()) {
+            try {
+                change = prepare(*item);
+            } catch (const std::exception& error) {
+                item->fail(error.what());
+            }
         }
+        if (!change) {
+            finish(std::move(item));
+            return;
+        }
+        auto shared = std::make_shared<ItemPointer>(std::move(item)); // the writer's callbacks can be copied
+        writer_.submit(std::move(*change), [this, shared](const WrittenFile& written) {
+            take_outcome(**shared, written);
+            finish(std::move(*shared));
+        });
+    }
+
+    /// Nothing when the file says the same already.
+    std::optional<PreparedChange> prepare(Item& item) {
+        OpenFile file = OpenFile::open_for_change(settings_.runs.calls(), item.outcome.track->path());
+        if (file.identity() != item.file)
+            throw vantaro_io::exception_io("The file has changed since its tags were read");
+        EditStream stream(file);
+        WriteResult result = write_tags(stream, item.changes);
+        item.outcome.after.set_fields(std::move(result.fields));
+        const FileEdit edit = stream.edit();
+        if (edit.empty())
+            return std::nullopt;
+        ChangeOptions options;
+        if (settings_.keeps_times)
+            options.modified = item.file.modified;
+        return writer_.prepare(std::move(file), edit, options);
+    }
+
+    static void take_outcome(Item& item, const WrittenFile& written) {
+        if (!written.error.empty()) {
+            item.fail(written.error.c_str());
+            return;
+        }
+        item.outcome.state = TrackOutcome::State::written;
+        if (Track& track = *item.outcome.track; track.held())
+            track.hold(make_service<HeldInfo>(item.outcome.after, written.identity.stats(), false));
     }
 
     /// Keeps an item for later, and lets those behind it be reported.
@@ -274,7 +308,7 @@ private:
     TrackFilter& filter_;
     UpdateObserver& observer_;
     const AbortFlag& abort_;
-    const unsigned threads_;
+    const UpdateSettings settings_;
 
     std::mutex mutex_; // guards what follows
     std::condition_variable room_to_read_;
@@ -294,11 +328,13 @@ private:
     std::size_t done_ = 0;
     UpdateReport report_;
     std::vector<TrackHandle*> written_;
+
+    RunWriter writer_; // last: its thread uses the others
 };
 
 UpdateJob::UpdateJob(const std::vector<Track*>& tracks, TrackFilter& filter, UpdateObserver& observer,
-                     const AbortFlag& abort, unsigned threads)
-    : pipeline_(std::make_unique<Pipeline>(tracks, filter, observer, abort, threads)) {}
+                     const AbortFlag& abort, UpdateSettings settings)
+    : pipeline_(std::make_unique<Pipeline>(tracks, filter, observer, abort, std::move(settings))) {}
 
 UpdateJob::~UpdateJob() = default;
 

@@ -1,7 +1,7 @@
 // One update of tags: reads the files ahead on several threads, calls the filter on one thread in list order,
-// writes what came out different on several threads.
+// prepares what came out different on several threads, and writes it as one run that can be taken back.
 //
-//     UpdateJob job(tracks, filter, observer, abort, threads);
+//     UpdateJob job(tracks, filter, observer, abort, {runs, "run tidy.qvx", now});
 //     UpdateReport report = job.run();
 //
 // run() is called once, on a thread of its own, and returns when everything is done. The observer is called
@@ -9,6 +9,7 @@
 #pragma once
 
 #include "host/api/tag_io.h"
+#include "vantaro/journal/run_store.h"
 #include "vantaro/services/abort_signal.h"
 #include "vantaro/tracks/track_table.h"
 
@@ -41,6 +42,24 @@ struct UpdateReport {
     std::size_t unchanged = 0;
     std::size_t failed = 0;
     bool aborted = false;
+    /// The number under which the run can be taken back; 0 when no file was written.
+    std::uint64_t run = 0;
+    /// What else went wrong: files that may not be on the medium yet, a journal that could not be ended.
+    std::string problem;
+};
+
+/// How the files are written.
+struct UpdateSettings {
+    /// Outlives the job.
+    RunStore& runs;
+    /// What the user asked for, for the list of runs.
+    std::string activity;
+    /// The present, in nanoseconds since 1970-01-01 UTC.
+    std::int64_t now = 0;
+    /// Files keep their times of change.
+    bool keeps_times = false;
+    /// How many threads read, and how many prepare what is written.
+    unsigned threads = 1;
 };
 
 class UpdateObserver {
@@ -53,9 +72,8 @@ public:
 class UpdateJob {
 public:
     /// `filter` and `observer` outlive the job. A track that stands in the list several times is edited once.
-    /// `threads`: how many read, and how many write.
     UpdateJob(const std::vector<Track*>& tracks, TrackFilter& filter, UpdateObserver& observer,
-              const AbortFlag& abort, unsigned threads);
+              const AbortFlag& abort, UpdateSettings settings);
     ~UpdateJob();
     UpdateJob(const UpdateJob&) = delete;
     UpdateJob& operator=(const UpdateJob&) = delete;

@@ -1,0 +1,66 @@
+#include "quorvex/output.h"
+#include "quorvex/verbs.h"
+
+#include "vantaro/application/exit_status.h"
+#include "vantaro/terminal/terminal.h"
+
+#include <array>
+#include <ctime>
+#include <map>
+
+namespace quorvex::command {
+
+using namespace vantaro;
+
+namespace {
+
+std::string local_time(std::int64_t nanoseconds) {
+    constexpr std::int64_t second = 1'000'000'000;
+    const std::time_t time = nanoseconds / second;
+    std::tm parts{};
+    ::localtime_r(&time, &parts);
+    std::array<char, 32> text{};
+    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts)};
+}
+
+std::string files_text(std::uint64_t count) {
+    return std::to_string(count) + (count == 1 ? " file" : " files");
+}
+
+} // namespace
+
+int runs(Session& session, bool json) {
+    const std::vector<core::RunSummary> found = session.host.runs().runs();
+    std::map<std::uint64_t, std::uint64_t> undone_by;
+    for (const core::RunSummary& run : found) {
+        if (run.start.undoes != 0)
+            undone_by[run.start.undoes] = run.number;
+        const auto undone = undone_by.find(run.number);
+        if (json) {
+            Json object{{"run", run.number},
+                        {"time", run.start.time},
+                        {"activity", run.start.activity},
+                        {"files", run.files},
+                        {"bytes", run.bytes}};
+            if (run.start.undoes != 0)
+                object["undoes"] = run.start.undoes;
+            if (undone != undone_by.end())
+                object["undone_by"] = undone->second;
+            if (run.is_open || run.was_cut_off)
+                object["state"] = run.is_open ? "open" : "cut off";
+            print_json(object);
+            continue;
+        }
+        std::string line = std::to_string(run.number) + "  " + local_time(run.start.time) + "  "
+                           + (run.is_open ? "under way" : files_text(run.files)) + "  "
+                           + core::printable(run.start.activity);
+        if (run.was_cut_off)
+            line += "  (cut off)";
+        if (undone != undone_by.end())
+            line += "  (undone by " + std::to_string(undone->second) + ")";
+        print_line(line);
+    }
+    return core::exit_status::done;
+}
+
+} // namespace quorvex::command

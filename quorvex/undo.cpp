@@ -1,0 +1,69 @@
+#include "quorvex/output.h"
+#include "quorvex/verbs.h"
+
+#include "host/api/exceptions.h"
+#include "vantaro/application/exit_status.h"
+#include "vantaro/common/present.h"
+#include "vantaro/journal/undo.h"
+
+#include <algorithm>
+
+namespace quorvex::command {
+
+using namespace vantaro;
+
+namespace {
+
+class PrintUndo final : public core::UndoObserver {
+public:
+    PrintUndo(core::Terminal& terminal, bool json) : terminal_(terminal), json_(json) {}
+
+    void on_file(const std::string& path, const std::string& error, std::size_t done,
+                 std::size_t total) override {
+        if (!error.empty())
+            terminal_.line(path + ": " + error);
+        if (json_) {
+            Json object{{"path", path}};
+            if (!error.empty())
+                object["error"] = error;
+            print_json(object);
+        }
+        terminal_.progress("Undoing", done, total);
+    }
+
+private:
+    core::Terminal& terminal_;
+    const bool json_;
+};
+
+std::uint64_t newest_run(const core::RunStore& store) {
+    const std::vector<core::RunSummary> found = store.runs();
+    const auto run = std::ranges::find_if(found, [](const auto& summary) { return !summary.is_open; });
+    if (run == found.end())
+        throw vantaro_io::exception_io_not_found("There is no run that can be undone");
+    return run->number;
+}
+
+} // namespace
+
+int undo(Session& session, std::uint64_t number, bool times, bool json) {
+    core::RunStore& store = session.host.runs();
+    if (number == 0)
+        number = newest_run(store);
+    PrintUndo observer(session.terminal, json);
+    const core::UndoReport report =
+        core::undo_run(store, number, {times, core::present()}, observer, session.host.interrupt());
+    session.terminal.end_progress();
+    if (!json)
+        print_line("Run " + std::to_string(number) + ": " + std::to_string(report.total)
+                   + (report.total == 1 ? " file: " : " files: ") + std::to_string(report.put_back)
+                   + " put back, " + std::to_string(report.failed) + " failed");
+    hint_at_undo(session.terminal, report.run);
+    if (report.aborted) {
+        session.terminal.line("Interrupted: the other files were not touched.");
+        return core::exit_status::interrupted;
+    }
+    return report.failed > 0 ? core::exit_status::some_failed : core::exit_status::done;
+}
+
+} // namespace quorvex::command

@@ -1,0 +1,52 @@
+#include "vantaro/application/preferences.h"
+
+#include "host/api/exceptions.h"
+#include "vantaro/storage/files.h"
+
+#include <nlohmann/json.hpp>
+
+#include <optional>
+
+namespace vantaro::core {
+
+namespace {
+
+using Json = nlohmann::json;
+
+template <class T, class IsFitting>
+void take(const Json& json, const char* name, T& target, const IsFitting& is_fitting) {
+    const auto value = json.find(name);
+    if (value == json.end())
+        return;
+    if (!is_fitting(*value))
+        throw vantaro_io::exception_io_data(std::string("the value of \"") + name + "\" does not fit");
+    target = value->get<T>();
+}
+
+} // namespace
+
+Preferences load_preferences(const std::string& config_dir,
+                             const std::function<void(const std::string& line)>& report) {
+    const std::string path = config_dir + "/preferences.json";
+    try {
+        const std::optional<std::string> text = read_file(path);
+        if (!text)
+            return {};
+        const Json json = Json::parse(*text);
+        if (!json.is_object())
+            throw vantaro_io::exception_io_data("it is no JSON object");
+        const auto is_count = [](const Json& value) { return value.is_number_unsigned(); };
+        constexpr std::int64_t most_days = 36500;
+        const auto is_days = [&](const Json& value) { return is_count(value) && value <= most_days; };
+        Preferences result;
+        take(json, "undo_days", result.undo.days, is_days);
+        take(json, "undo_bytes", result.undo.bytes, is_count);
+        take(json, "keep_times", result.keep_times, [](const Json& value) { return value.is_boolean(); });
+        return result;
+    } catch (const std::exception& error) {
+        report(path + ": " + error.what() + "; the defaults hold.");
+        return {};
+    }
+}
+
+} // namespace vantaro::core

@@ -1,0 +1,29 @@
+// What the user has set for the host itself: "preferences.json" in the folder of the configurations.
+//
+//     { "undo_days": 30, "undo_bytes": 1000000000, "keep_times": false }
+//
+//     const Preferences preferences = load_preferences(config_dir, report);
+//
+// Any thread.
+#pragma once
+
+#include "vantaro/journal/run_store.h"
+
+#include <functional>
+#include <string>
+
+namespace vantaro::core {
+
+struct Preferences {
+    /// "undo_days", "undo_bytes": how long runs can be taken back, and how much room that may take.
+    Retention undo;
+    /// "keep_times": files keep their times of change when their tags are written.
+    bool keep_times = false;
+};
+
+/// What the file says; a name that it does not have keeps its default. A file that cannot be read, or a value
+/// that cannot be, is reported as a line and has no effect.
+Preferences load_preferences(const std::string& config_dir,
+                             const std::function<void(const std::string& line)>& report);
+
+} // namespace vantaro::core

@@ -1,0 +1,182 @@
+#include "vantaro/journal/run_store.h"
+
+#include "host/api/exceptions.h"
+#include "vantaro/common/system_error.h"
+#include "vantaro/storage/files.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
+namespace vantaro::core {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* open_ending = ".open";
+constexpr const char* ended_ending = ".run";
+constexpr std::size_t digits = 8;
+
+void append(JournalFile& journal, const Record& record) {
+    const std::string bytes = encode(record);
+    journal.append({&bytes, 1});
+}
+
+template <class Kind>
+std::optional<Kind> decode_as(const std::optional<std::string>& bytes) {
+    if (!bytes || !begins<Kind>(*bytes))
+        return std::nullopt;
+    return std::get<Kind>(decode(*bytes));
+}
+
+} // namespace
+
+std::string RunStore::path(std::uint64_t number, const char* ending) const {
+    std::string name = std::to_string(number);
+    if (name.size() < digits)
+        name.insert(0, digits - name.size(), '0');
+    return folder_ + '/' + name + ending;
+}
+
+/// Newest first.
+std::vector<RunStore::Entry> RunStore::entries() const {
+    std::vector<Entry> found;
+    std::error_code error;
+    for (fs::directory_iterator it(folder_, error), end; !error && it != end; it.increment(error)) {
+        const fs::path name = it->path().filename();
+        const std::string stem = name.stem();
+        Entry entry;
+        const auto [rest, problem] = std::from_chars(stem.data(), stem.data() + stem.size(), entry.number);
+        entry.is_open = name.extension() == open_ending;
+        if (problem == std::errc() && rest == stem.data() + stem.size()
+            && (entry.is_open || name.extension() == ended_ending))
+            found.push_back(entry);
+    }
+    if (error && error != std::errc::no_such_file_or_directory)
+        throw_system_error(error.value(), folder_);
+    std::ranges::sort(found, std::ranges::greater(), &Entry::number);
+    return found;
+}
+
+OpenRun RunStore::begin(const RunStart& start) {
+    make_folder(folder_);
+    const FileLock lock(folder_ + "/lock"); // numbers are given once, and nobody finds a journal unlocked
+    const std::vector<Entry> present = entries();
+    const std::uint64_t number = present.empty() ? 1 : present.front().number + 1;
+    OpenRun run{number, JournalFile::create(calls_, path(number, open_ending))};
+    try {
+        append(run.journal, start);
+        run.journal.flush();
+        sync_folder(folder_);
+    } catch (const vantaro_io::exception_io&) {
+        calls_.unlink(run.journal.path());
+        throw;
+    }
+    return run;
+}
+
+void RunStore::end(OpenRun run, const RunEnd& end) {
+    append(run.journal, end);
+    run.journal.flush();
+    if (calls_.rename(run.journal.path(), path(run.number, ended_ending)) != 0)
+        throw_system_error(errno, run.journal.path());
+    sync_folder(folder_);
+}
+
+void RunStore::discard(OpenRun run) {
+    if (calls_.unlink(run.journal.path()) != 0)
+        throw_system_error(errno, run.journal.path());
+}
+
+std::optional<RunSummary> RunStore::summary(const Entry& entry) const {
+    RunSummary result;
+    result.number = entry.number;
+    result.is_open = entry.is_open;
+    try {
+        const OpenFile file =
+            OpenFile::open(calls_, path(entry.number, entry.is_open ? open_ending : ended_ending), O_RDONLY);
+        JournalReader reader(file);
+        const auto start = decode_as<RunStart>(reader.next());
+        if (!start)
+            return std::nullopt;
+        result.start = *start;
+        result.bytes = file.identity().size;
+        if (entry.is_open)
+            return result;
+        const auto end = decode_as<RunEnd>(reader.last(encode(RunEnd()).size()));
+        if (!end)
+            return std::nullopt;
+        result.files = end->files;
+        result.was_cut_off = end->was_cut_off;
+    } catch (const vantaro_io::exception_io&) {
+        return std::nullopt; // damaged, or gone since the folder was listed
+    }
+    return result;
+}
+
+std::vector<RunSummary> RunStore::runs() const {
+    std::vector<RunSummary> result;
+    for (const Entry& entry : entries())
+        if (std::optional<RunSummary> run = summary(entry))
+            result.push_back(std::move(*run));
+    return result;
+}
+
+OpenFile RunStore::open(std::uint64_t number) const {
+    const std::string name = "Run " + std::to_string(number);
+    try {
+        return OpenFile::open(calls_, path(number, ended_ending), O_RDONLY);
+    } catch (const vantaro_io::exception_io_not_found&) {
+        if (fs::exists(path(number, open_ending)))
+            throw vantaro_io::exception_io(name
+                                           + " is still under way, or was cut off and has files that "
+                                             "could not be reached since");
+        throw vantaro_io::exception_io_not_found(name + ": there is no such run, or it is no longer kept");
+    }
+}
+
+std::vector<OpenRun> RunStore::take_over_abandoned() {
+    std::vector<OpenRun> result;
+    const std::vector<Entry> present = entries();
+    if (std::ranges::none_of(present, &Entry::is_open))
+        return result;
+    const FileLock lock(folder_ + "/lock");
+    for (const Entry& entry : entries()) {
+        if (!entry.is_open)
+            continue;
+        if (auto journal = JournalFile::take_over(calls_, path(entry.number, open_ending)))
+            result.push_back({entry.number, std::move(*journal)});
+    }
+    return result;
+}
+
+void RunStore::prune(const Retention& retention, std::int64_t now) {
+    constexpr std::int64_t nanoseconds_a_day = 86'400'000'000'000;
+    std::uint64_t total = 0;
+    bool is_newest = true;
+    for (const Entry& entry : entries()) {
+        if (entry.is_open)
+            continue;
+        const std::string name = path(entry.number, ended_ending);
+        std::error_code error;
+        const std::uint64_t size = fs::file_size(name, error);
+        if (error)
+            continue;
+        total += size;
+        const std::optional<RunSummary> run = summary(entry);
+        const bool is_old = run && now - run->start.time > retention.days * nanoseconds_a_day;
+        if ((is_old || total > retention.bytes) && !is_newest) {
+            calls_.unlink(name);
+            total -= size;
+        }
+        is_newest = false;
+    }
+}
+
+} // namespace vantaro::core

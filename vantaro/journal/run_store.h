@@ -1,0 +1,84 @@
+// The journals of a user's runs, one file a run, in a folder of their own: "00000012.run" for a run that has
+// ended, "00000012.open" for one that is under way or was cut off.
+//
+//     RunStore store(default_state_dir() + "/runs", real_system_calls());
+//     for (const RunSummary& run : store.runs()) ...
+//
+// Any thread; several processes use the folder at the same time. Throws vantaro_io::exception_io that names
+// the file at fault.
+#pragma once
+
+#include "vantaro/journal/journal_file.h"
+#include "vantaro/journal/record.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vantaro::core {
+
+/// How long the journals of runs are kept. The newest run always is.
+struct Retention {
+    std::int64_t days = 30;
+    /// All journals together, in bytes.
+    std::uint64_t bytes = 1'000'000'000;
+};
+
+struct RunSummary {
+    std::uint64_t number = 0;
+    RunStart start;
+    /// How many files it changed; 0 while it is_open.
+    std::uint64_t files = 0;
+    /// Size of the journal, in bytes.
+    std::uint64_t bytes = 0;
+    /// Under way, or cut off with files that could not be reached since.
+    bool is_open = false;
+    /// Ended before its time; what it had done by then is what it changed.
+    bool was_cut_off = false;
+};
+
+/// The journal of a run that is under way.
+struct OpenRun {
+    std::uint64_t number = 0;
+    JournalFile journal;
+};
+
+class RunStore {
+public:
+    /// The folder is made when it is needed.
+    RunStore(std::string folder, SystemCalls& calls) : folder_(std::move(folder)), calls_(calls) {}
+
+    SystemCalls& calls() const { return calls_; }
+
+    /// Begins the journal of a new run, with `start` on the medium.
+    OpenRun begin(const RunStart& start);
+    /// Ends it, with everything on the medium.
+    void end(OpenRun run, const RunEnd& end);
+    /// Removes the journal of a run that changed nothing.
+    void discard(OpenRun run);
+
+    /// Newest first. A journal that cannot be read is left out.
+    std::vector<RunSummary> runs() const;
+    /// Opens the journal of a run that has ended. Throws when there is none.
+    OpenFile open(std::uint64_t number) const;
+    /// The runs that were cut off: their processes are gone.
+    std::vector<OpenRun> take_over_abandoned();
+    /// Removes the journals that are too old or too many at the time `now`, in nanoseconds since 1970.
+    void prune(const Retention& retention, std::int64_t now);
+
+private:
+    struct Entry {
+        std::uint64_t number = 0;
+        bool is_open = false;
+    };
+
+    std::vector<Entry> entries() const;
+    std::string path(std::uint64_t number, const char* ending) const;
+    std::optional<RunSummary> summary(const Entry& entry) const;
+
+    const std::string folder_;
+    SystemCalls& calls_;
+};
+
+} // namespace vantaro::core

@@ -1,0 +1,47 @@
+// Taking a run back: every file that it changed gets its old bytes again.
+//
+//     UndoReport report = undo_run(store, 12, options, observer, abort);
+//
+// An undo is a run with a journal of its own, and can be taken back as well.
+#pragma once
+
+#include "vantaro/journal/run_store.h"
+#include "vantaro/services/abort_signal.h"
+
+#include <cstddef>
+#include <string>
+
+namespace vantaro::core {
+
+struct UndoOptions {
+    /// The files get their old times of change, too.
+    bool times = false;
+    /// Of the undo itself, in nanoseconds since 1970-01-01 UTC.
+    std::int64_t now = 0;
+};
+
+struct UndoReport {
+    std::size_t total = 0;
+    std::size_t put_back = 0;
+    std::size_t failed = 0;
+    bool aborted = false;
+    /// The number of the undo's own run; 0 when no file was put back.
+    std::uint64_t run = 0;
+};
+
+class UndoObserver {
+public:
+    virtual ~UndoObserver() = default;
+    /// A file is done; `error` is empty when it was put back. One call at a time, on any thread.
+    virtual void on_file(const std::string& path, const std::string& error, std::size_t done,
+                         std::size_t total) = 0;
+};
+
+/// Takes back a run that has ended. A file that is no longer as the run left it is refused and left alone,
+/// which the observer hears; later runs that were taken back themselves do not count as changes. Ends
+/// between two files when `abort` is set.
+/// Throws vantaro_io::exception_io when there is no such run, or its journal or that of the undo fails.
+UndoReport undo_run(RunStore& store, std::uint64_t number, const UndoOptions& options, UndoObserver& observer,
+                    const AbortFlag& abort);
+
+} // namespace vantaro::core

@@ -1,0 +1,172 @@
+#include "vantaro/safe_write/replacement_file.h"
+
+#include "host/api/exceptions.h"
+#include "vantaro/common/system_error.h"
+
+#include <fcntl.h>
+#include <sys/xattr.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <string_view>
+#include <vector>
+
+namespace vantaro::core {
+
+namespace {
+
+constexpr std::size_t buffer_size = 1 << 20;
+/// Shorter runs are copied through a buffer, several at once.
+constexpr std::uint64_t long_run = 256 << 10;
+constexpr const char* access_list = "system.posix_acl_access";
+
+std::vector<std::string> attribute_names(int file) {
+    std::string names(65536, '\0'); // the most that the kernel hands out
+    const ssize_t size = ::flistxattr(file, names.data(), names.size());
+    names.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
+    std::vector<std::string> result;
+    for (std::size_t start = 0; start < names.size(); start = names.find('\0', start) + 1)
+        result.emplace_back(names.c_str() + start);
+    return result;
+}
+
+std::optional<std::string> attribute(int file, const std::string& name) {
+    std::string value(65536, '\0');
+    const ssize_t size = ::fgetxattr(file, name.c_str(), value.data(), value.size());
+    if (size < 0)
+        return std::nullopt;
+    value.resize(static_cast<std::size_t>(size));
+    return value;
+}
+
+/// Whether the new file has the old one's owner, permissions, access list and extended attributes now.
+bool carry_attributes(const OpenFile& from, const OpenFile& to) {
+    const struct stat old_status = from.status();
+    const struct stat new_status = to.status();
+    SystemCalls& calls = to.calls();
+    if ((old_status.st_uid != new_status.st_uid || old_status.st_gid != new_status.st_gid)
+        && calls.set_owner(to.descriptor(), old_status.st_uid, old_status.st_gid) != 0)
+        return false;
+    const std::vector<std::string> names = attribute_names(from.descriptor());
+    for (const std::string& name : names) {
+        const std::optional<std::string> value = attribute(from.descriptor(), name);
+        if (!value)
+            return false;
+        if (attribute(to.descriptor(), name) != value
+            && calls.set_attribute(to.descriptor(), name.c_str(), value->data(), value->size()) != 0)
+            return false;
+    }
+    // The folder may give new files an access list of their own.
+    if (std::ranges::find(names, access_list) == names.end() && attribute(to.descriptor(), access_list)
+        && calls.remove_attribute(to.descriptor(), access_list) != 0)
+        return false;
+    constexpr mode_t permissions = 07777;
+    return (to.status().st_mode & permissions) == (old_status.st_mode & permissions)
+           || calls.set_mode(to.descriptor(), old_status.st_mode & permissions) == 0;
+}
+
+/// Puts the new content together, at the end of the new file.
+class ContentWriter {
+public:
+    ContentWriter(const OpenFile& from, const OpenFile& to) : from_(from), to_(to) {}
+
+    void add(std::string_view bytes) {
+        buffer_ += bytes;
+        if (buffer_.size() >= buffer_size)
+            flush();
+    }
+    void add_old(std::uint64_t offset, std::uint64_t size) {
+        if (size >= long_run && can_copy_) {
+            flush();
+            copy(offset, size);
+        }
+        while (size > 0) {
+            const std::size_t part = std::min<std::uint64_t>(size, buffer_size);
+            const std::string bytes = from_.read(offset, part);
+            if (bytes.size() < part)
+                throw vantaro_io::exception_io("The file has become shorter while it was being read");
+            add(bytes);
+            offset += part;
+            size -= part;
+        }
+    }
+    void flush() {
+        to_.write(written_, buffer_);
+        written_ += buffer_.size();
+        buffer_.clear();
+    }
+
+private:
+    /// Leaves over what the system does not copy by itself.
+    void copy(std::uint64_t& offset, std::uint64_t& size) {
+        if (::lseek(to_.descriptor(), static_cast<off_t>(written_), SEEK_SET) < 0)
+            return;
+        while (size > 0) {
+            const ssize_t count = to_.calls().copy_range(from_.descriptor(), offset, to_.descriptor(), size);
+            if (count < 0 && (errno == ENOSPC || errno == EDQUOT || errno == EIO || errno == EFBIG))
+                throw_system_error(errno);
+            if (count <= 0) {
+                can_copy_ = false;
+                return;
+            }
+            offset += static_cast<std::uint64_t>(count);
+            size -= static_cast<std::uint64_t>(count);
+            written_ += static_cast<std::uint64_t>(count);
+        }
+    }
+
+    const OpenFile& from_;
+    const OpenFile& to_;
+    std::string buffer_;
+    std::uint64_t written_ = 0;
+    bool can_copy_ = true;
+};
+
+void write_content(const OpenFile& from, const OpenFile& to, const FileEdit& edit) {
+    ContentWriter content(from, to);
+    std::uint64_t place = 0;
+    for (const Splice& splice : edit.splices) {
+        content.add_old(place, splice.offset - place);
+        content.add(splice.bytes);
+        place = splice.end();
+    }
+    content.add_old(place, edit.old_size - place);
+    content.flush();
+}
+
+bool is_refusal(int error) {
+    return error == EACCES || error == EPERM || error == EROFS;
+}
+
+} // namespace
+
+std::optional<Replacement> make_replacement(const OpenFile& file, const FileEdit& edit,
+                                            const TemporaryNames& names, std::string& temporary) {
+    if (file.status().st_nlink > 1)
+        return std::nullopt;
+    constexpr mode_t owner_only = 0600;
+    SystemCalls& calls = file.calls();
+    const std::string folder = std::filesystem::path(file.path()).parent_path();
+    const std::string name = names.next(folder);
+    std::string standing;
+    int descriptor = calls.create(folder, O_TMPFILE | O_RDWR, owner_only);
+    if (descriptor < 0 && (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL)) {
+        names.announce(name);
+        standing = name;
+        descriptor = calls.create(name, O_CREAT | O_EXCL | O_RDWR, owner_only);
+    }
+    if (descriptor < 0) {
+        if (is_refusal(errno))
+            return std::nullopt;
+        throw_system_error(errno);
+    }
+    Replacement replacement(OpenFile(calls, descriptor, name), standing);
+    if (!carry_attributes(file, replacement.file()))
+        return std::nullopt;
+    write_content(file, replacement.file(), edit);
+    temporary = name;
+    return replacement;
+}
+
+} // namespace vantaro::core

@@ -65,8 +65,7 @@ bool lock(const OpenFile& file) {
 
 JournalFile JournalFile::create(SystemCalls& calls, const std::string& path) {
     return naming(path, [&] {
-        constexpr mode_t owner_only = 0600;
-        const int descriptor = calls.create(path, O_CREAT | O_EXCL | O_RDWR, owner_only);
+        const int descriptor = calls.create(path);
         if (descriptor < 0)
             throw_system_error(errno);
         JournalFile journal(OpenFile(calls, descriptor, path));
@@ -87,9 +86,9 @@ std::optional<JournalFile> JournalFile::take_over(SystemCalls& calls, const std:
         JournalFile journal(OpenFile::open(calls, path, O_RDWR));
         if (!lock(journal.file_))
             return std::nullopt;
-        if (journal.file_.identity().size < mark.size()) { // not even the mark got there
+        if (const std::string begun = journal.file_.read(0, mark.size());
+            begun.size() < mark.size() && mark.starts_with(begun)) // not even the mark got there
             journal.file_.write(0, mark);
-        }
         JournalReader reader(journal.file_);
         while (reader.next())
             continue;

@@ -93,8 +93,10 @@ private:
         std::uint64_t files = 0;
         for (const auto& [number, outcome] : outcomes_)
             files += outcome.state == FileState::as_changed ? 1 : 0;
-        report_(name_ + " was cut off: " + std::to_string(files) + " files have their new tags, "
-                + std::to_string(put_back_) + " their old ones.");
+        if (files + put_back_ > 0)
+            report_(name_ + " was cut off: " + std::to_string(files)
+                    + (files == 1 ? " file has its new tags, " : " files have their new tags, ")
+                    + std::to_string(put_back_) + (put_back_ == 1 ? " its old ones." : " their old ones."));
         if (files == 0)
             store_.discard(std::move(run_));
         else
@@ -117,7 +119,7 @@ private:
 
 void recover_runs(RunStore& store, const Report& report) {
     try {
-        for (OpenRun& run : store.take_over_abandoned()) {
+        for (OpenRun& run : store.take_over_abandoned(report)) {
             const std::string path = run.journal.path();
             try {
                 Recovery(store, std::move(run), report).run();

@@ -141,7 +141,8 @@ OpenFile RunStore::open(std::uint64_t number) const {
     }
 }
 
-std::vector<OpenRun> RunStore::take_over_abandoned() {
+std::vector<OpenRun>
+RunStore::take_over_abandoned(const std::function<void(const std::string& line)>& report) {
     std::vector<OpenRun> result;
     const std::vector<Entry> present = entries();
     if (std::ranges::none_of(present, &Entry::is_open))
@@ -150,8 +151,12 @@ std::vector<OpenRun> RunStore::take_over_abandoned() {
     for (const Entry& entry : entries()) {
         if (!entry.is_open)
             continue;
-        if (auto journal = JournalFile::take_over(calls_, path(entry.number, open_ending)))
-            result.push_back({entry.number, std::move(*journal)});
+        try {
+            if (auto journal = JournalFile::take_over(calls_, path(entry.number, open_ending)))
+                result.push_back({entry.number, std::move(*journal)});
+        } catch (const vantaro_io::exception_io& error) {
+            report(error.what());
+        }
     }
     return result;
 }

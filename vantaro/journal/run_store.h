@@ -12,6 +12,7 @@
 #include "vantaro/journal/record.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -62,8 +63,9 @@ public:
     std::vector<RunSummary> runs() const;
     /// Opens the journal of a run that has ended. Throws when there is none.
     OpenFile open(std::uint64_t number) const;
-    /// The runs that were cut off: their processes are gone.
-    std::vector<OpenRun> take_over_abandoned();
+    /// The runs that were cut off: their processes are gone. `report` takes a line about a journal that
+    /// cannot be read.
+    std::vector<OpenRun> take_over_abandoned(const std::function<void(const std::string& line)>& report);
     /// Removes the journals that are too old or too many at the time `now`, in nanoseconds since 1970.
     void prune(const Retention& retention, std::int64_t now);
 

@@ -159,6 +159,8 @@ FileIdentity apply_change(PreparedChange& prepared) {
     if (prepared.file.identity() != change.before || FileIdentity::of(change.path) != change.before)
         throw vantaro_io::exception_io("The file has changed while it was being written");
     if (prepared.replacement) {
+        if (change.modified)
+            set_modified_if_allowed(prepared.replacement->file(), *change.modified);
         prepared.replacement->take_place(change.temporary, change.path);
         return prepared.replacement->file().identity();
     }

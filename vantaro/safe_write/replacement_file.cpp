@@ -145,16 +145,15 @@ std::optional<Replacement> make_replacement(const OpenFile& file, const FileEdit
                                             const TemporaryNames& names, std::string& temporary) {
     if (file.status().st_nlink > 1)
         return std::nullopt;
-    constexpr mode_t owner_only = 0600;
     SystemCalls& calls = file.calls();
     const std::string folder = std::filesystem::path(file.path()).parent_path();
     const std::string name = names.next(folder);
     std::string standing;
-    int descriptor = calls.create(folder, O_TMPFILE | O_RDWR, owner_only);
+    int descriptor = calls.create_unnamed(folder);
     if (descriptor < 0 && (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL)) {
         names.announce(name);
         standing = name;
-        descriptor = calls.create(name, O_CREAT | O_EXCL | O_RDWR, owner_only);
+        descriptor = calls.create(name);
     }
     if (descriptor < 0) {
         if (is_refusal(errno))

@@ -12,6 +12,8 @@ namespace vantaro::core {
 
 namespace {
 
+constexpr mode_t owner_only = 0600;
+
 template <class Call>
 auto uninterrupted(const Call& call) {
     auto result = call();
@@ -40,10 +42,17 @@ int SystemCalls::open(const std::string& path, int flags) {
     return uninterrupted([&] { return ::open(path.c_str(), flags | O_CLOEXEC); });
 }
 
-int SystemCalls::create(const std::string& path, int flags, mode_t mode) {
+int SystemCalls::create(const std::string& path) {
     if (fails(SystemCall::create))
         return -1;
-    return uninterrupted([&] { return ::open(path.c_str(), flags | O_CLOEXEC, mode); });
+    return uninterrupted(
+        [&] { return ::open(path.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, owner_only); });
+}
+
+int SystemCalls::create_unnamed(const std::string& folder) {
+    if (fails(SystemCall::create_unnamed))
+        return -1;
+    return uninterrupted([&] { return ::open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, owner_only); });
 }
 
 ssize_t SystemCalls::read_at(int file, void* buffer, std::size_t size, std::uint64_t offset) {

@@ -23,6 +23,7 @@ namespace vantaro::core {
 enum class SystemCall {
     open,
     create,
+    create_unnamed,
     read,
     write,
     copy,
@@ -45,8 +46,10 @@ public:
     virtual ~SystemCalls() = default;
 
     int open(const std::string& path, int flags);
-    /// A new file that only this process sees, or else `path` as a new file: `flags` says which.
-    int create(const std::string& path, int flags, mode_t mode);
+    /// A new file, for its owner only, for reading and writing.
+    int create(const std::string& path);
+    /// The same without a name.
+    int create_unnamed(const std::string& folder);
     ssize_t read_at(int file, void* buffer, std::size_t size, std::uint64_t offset);
     ssize_t write_at(int file, const void* buffer, std::size_t size, std::uint64_t offset);
     /// Appends up to `size` bytes of another file, from `offset`, without taking them through this process.

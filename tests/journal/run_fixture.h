@@ -1,0 +1,100 @@
+// What the tests of runs share: a folder with files, and runs that edit them.
+#pragma once
+
+#include "tests/support/temporary_folder.h"
+#include "vantaro/journal/recovery.h"
+#include "vantaro/journal/run_writer.h"
+#include "vantaro/journal/undo.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace vantaro::core::test {
+
+using vantaro::test::TemporaryFolder;
+
+/// Bytes that differ from place to place.
+inline std::string pattern(std::size_t size) {
+    std::string bytes(size, '\0');
+    for (std::size_t i = 0; i < size; ++i)
+        bytes[i] = static_cast<char>(i * 31 >> 4);
+    return bytes;
+}
+
+inline std::string edited(std::string bytes, const std::vector<Splice>& splices) {
+    for (auto splice = splices.rbegin(); splice != splices.rend(); ++splice)
+        bytes.replace(splice->offset, splice->size, splice->bytes);
+    return bytes;
+}
+
+class RunTest : public testing::Test {
+protected:
+    using Edits = std::map<std::string, std::vector<Splice>>;
+
+    RunStore store(SystemCalls& calls = real_system_calls()) const { return {folder.path("runs"), calls}; }
+    /// Edits files in one run. Returns the error of each that failed.
+    std::map<std::string, std::string> run(const Edits& edits,
+                                           SystemCalls& calls = real_system_calls()) const {
+        RunStore runs = store(calls);
+        std::map<std::string, std::string> errors;
+        RunWriter writer(runs, {1, "test", 0});
+        for (const auto& [name, splices] : edits) {
+            try {
+                OpenFile file = OpenFile::open_for_change(calls, folder.path(name));
+                const FileEdit edit{file.identity().size, splices};
+                writer.submit(writer.prepare(std::move(file), edit, {}),
+                              [&errors, name = name](const WrittenFile& written) {
+                                  if (!written.error.empty())
+                                      errors[name] = written.error;
+                              });
+            } catch (const std::exception& error) {
+                writer.wait();
+                errors[name] = error.what();
+            }
+        }
+        writer.wait();
+        try {
+            writer.finish();
+        } catch (const std::exception& error) {
+            errors[""] = error.what();
+        }
+        return errors;
+    }
+    std::vector<std::string> recover(SystemCalls& calls = real_system_calls()) const {
+        RunStore runs = store(calls);
+        std::vector<std::string> lines;
+        recover_runs(runs, [&](const std::string& line) { lines.push_back(line); });
+        return lines;
+    }
+    /// Returns the errors by path.
+    std::map<std::string, std::string> undo(std::uint64_t number, bool times = false) const {
+        struct Observer : UndoObserver {
+            void on_file(const std::string& path, const std::string& error, std::size_t,
+                         std::size_t) override {
+                if (!error.empty())
+                    errors[std::filesystem::path(path).filename()] = error;
+            }
+            std::map<std::string, std::string> errors;
+        } observer;
+        const AbortSignal abort;
+        RunStore runs = store();
+        undo_run(runs, number, {times, 2}, observer, abort);
+        return observer.errors;
+    }
+    std::vector<std::string> names_in(const std::string& place) const {
+        std::vector<std::string> names;
+        std::error_code error; // a folder that is not there has none
+        for (const auto& entry : std::filesystem::directory_iterator(folder.path(place), error))
+            names.push_back(entry.path().filename());
+        std::ranges::sort(names);
+        return names;
+    }
+
+    TemporaryFolder folder;
+};
+
+} // namespace vantaro::core::test

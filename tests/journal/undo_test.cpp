@@ -1,0 +1,120 @@
+// Taking runs back, step by step, and what is refused.
+
+#include "tests/journal/run_fixture.h"
+
+#include <fcntl.h>
+
+namespace vantaro::core {
+namespace {
+
+using Errors = std::map<std::string, std::string>;
+
+class UndoTest : public test::RunTest {
+protected:
+    std::uint64_t newest() const { return store().runs().front().number; }
+    std::int64_t modified(const std::string& name) const {
+        return FileIdentity::of(folder.path(name)).modified;
+    }
+};
+
+TEST_F(UndoTest, RunsComeOffStepByStepAndOnAgain) {
+    const std::string first = test::pattern(20000);
+    folder.write("a", first);
+    run({{"a", {{10, 5, "longer than before"}}}});
+    const std::string second = folder.read("a");
+    const std::int64_t second_time = modified("a");
+    run({{"a", {{100, 50, ""}, {5000, 3, "xyz"}}}});
+    const std::string third = folder.read("a");
+    ASSERT_NE(second, third);
+
+    EXPECT_EQ(undo(1), (Errors{{"a", "The file has changed since; it was left alone"}}));
+    EXPECT_EQ(folder.read("a"), third);
+    EXPECT_EQ(undo(2), Errors());
+    EXPECT_EQ(folder.read("a"), second);
+    EXPECT_NE(modified("a"), second_time);
+    EXPECT_EQ(undo(1), Errors());
+    EXPECT_EQ(folder.read("a"), first);
+    const std::uint64_t undo_of_first = newest();
+    EXPECT_EQ(store().runs().front().start.undoes, 1U);
+    EXPECT_EQ(undo(undo_of_first), Errors());
+    EXPECT_EQ(folder.read("a"), second);
+    EXPECT_EQ(undo(undo_of_first - 1), Errors()); // the undo of the second run
+    EXPECT_EQ(folder.read("a"), third);
+    EXPECT_EQ(undo(newest(), true), Errors());
+    EXPECT_EQ(folder.read("a"), second);
+}
+
+TEST_F(UndoTest, TimesComeBackWhereAsked) {
+    for (const char* bytes : {"HELLO", "longer than before"}) {
+        folder.write("a", test::pattern(20000));
+        const std::int64_t long_ago = 1'000'000'000'123'456'789;
+        OpenFile::open_for_change(real_system_calls(), folder.path("a")).set_modified(long_ago);
+        run({{"a", {{10, 5, bytes}}}});
+        EXPECT_NE(modified("a"), long_ago);
+        EXPECT_EQ(undo(newest(), true), Errors());
+        EXPECT_EQ(modified("a"), long_ago);
+    }
+}
+
+TEST_F(UndoTest, RefusesWhatHasChangedSinceAndGoesOn) {
+    RunTest::Edits edits;
+    for (const char* name : {"changed", "gone", "plain", "same time", "turned"}) {
+        folder.write(name, test::pattern(20000));
+        edits[name] = {{10, 5, "HELLO"}};
+    }
+    run(edits);
+    const auto overwrite = [&](const std::string& name, std::uint64_t place, const char* bytes) {
+        const OpenFile file = OpenFile::open_for_change(real_system_calls(), folder.path(name));
+        const std::int64_t time = file.identity().modified;
+        file.write(place, bytes);
+        file.set_modified(name == "same time" ? time : time + 1);
+    };
+    overwrite("changed", 9000, "by somebody else");
+    overwrite("same time", 10, "JELLO");
+    std::filesystem::remove(folder.path("gone"));
+    std::filesystem::remove(folder.path("turned"));
+    folder.make_folder("turned");
+    const std::string changed = folder.read("changed");
+
+    const Errors errors = undo(1);
+    EXPECT_EQ(errors.size(), 4U);
+    EXPECT_EQ(errors.at("gone"), "File not found");
+    EXPECT_EQ(errors.at("changed"), "The file has changed since; it was left alone");
+    EXPECT_EQ(errors.at("same time"), errors.at("changed"));
+    EXPECT_EQ(folder.read("plain"), test::pattern(20000));
+    EXPECT_EQ(folder.read("changed"), changed);
+}
+
+TEST_F(UndoTest, SeveralChangesOfOneFileInARun) {
+    const std::string old_bytes = test::pattern(20000);
+    folder.write("a", old_bytes);
+    RunStore runs = store();
+    {
+        RunWriter writer(runs, {1, "test", 0});
+        for (const std::string bytes : {"one", "fourteen bytes", "x"}) {
+            OpenFile file = OpenFile::open_for_change(runs.calls(), folder.path("a"));
+            const FileEdit edit{file.identity().size, {{10, 5, bytes}}};
+            writer.submit(writer.prepare(std::move(file), edit, {}), [](const WrittenFile&) {});
+            writer.wait();
+        }
+        EXPECT_EQ(writer.finish(), 1U);
+    }
+    EXPECT_NE(folder.read("a"), old_bytes);
+    EXPECT_EQ(undo(1), Errors());
+    EXPECT_EQ(folder.read("a"), old_bytes);
+    EXPECT_EQ(undo(2), Errors());
+    EXPECT_EQ(undo(3), Errors());
+    EXPECT_EQ(folder.read("a"), old_bytes);
+}
+
+TEST_F(UndoTest, NothingChangedIsNoRun) {
+    folder.write("a", "text");
+    RunStore runs = store();
+    RunWriter writer(runs, {1, "test", 0});
+    EXPECT_EQ(writer.finish(), 0U);
+    EXPECT_TRUE(runs.runs().empty());
+    EXPECT_THROW(undo(1), vantaro_io::exception_io_not_found);
+}
+
+} // namespace
+} // namespace vantaro::core

@@ -58,12 +58,18 @@ int undo(Session& session, std::uint64_t number, bool times, bool json) {
         print_line("Run " + std::to_string(number) + ": " + std::to_string(report.total)
                    + (report.total == 1 ? " file: " : " files: ") + std::to_string(report.put_back)
                    + " put back, " + std::to_string(report.failed) + " failed");
+    if (report.failed > 0 && number < newest_run(store) - (report.run != 0 ? 1 : 0))
+        session.terminal.line(
+            "Files that later runs have changed can be put back when those are undone first.");
+    if (!report.problem.empty())
+        session.terminal.line(report.problem);
     hint_at_undo(session.terminal, report.run);
     if (report.aborted) {
         session.terminal.line("Interrupted: the other files were not touched.");
         return core::exit_status::interrupted;
     }
-    return report.failed > 0 ? core::exit_status::some_failed : core::exit_status::done;
+    return report.failed > 0 || !report.problem.empty() ? core::exit_status::some_failed
+                                                        : core::exit_status::done;
 }
 
 } // namespace quorvex::command

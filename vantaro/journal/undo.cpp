@@ -88,7 +88,11 @@ public:
             }
         }
         writer_.wait();
-        report_.run = writer_.finish();
+        try {
+            report_.run = writer_.finish();
+        } catch (const vantaro_io::exception_io& error) {
+            report_.problem = error.what();
+        }
         report_.aborted = abort_.is_aborting() && done_ < report_.total;
         return report_;
     }

@@ -27,6 +27,8 @@ struct UndoReport {
     bool aborted = false;
     /// The number of the undo's own run; 0 when no file was put back.
     std::uint64_t run = 0;
+    /// What else went wrong: files that may not be on the medium yet, a journal that could not be ended.
+    std::string problem;
 };
 
 class UndoObserver {
@@ -40,7 +42,7 @@ public:
 /// Takes back a run that has ended. A file that is no longer as the run left it is refused and left alone,
 /// which the observer hears; later runs that were taken back themselves do not count as changes. Ends
 /// between two files when `abort` is set.
-/// Throws vantaro_io::exception_io when there is no such run, or its journal or that of the undo fails.
+/// Throws vantaro_io::exception_io when there is no such run, or its journal cannot be read.
 UndoReport undo_run(RunStore& store, std::uint64_t number, const UndoOptions& options, UndoObserver& observer,
                     const AbortFlag& abort);
 

@@ -1,0 +1,48 @@
+"""What the user has set for the host: how long runs are kept, and the times of files."""
+
+import json
+
+from support import LONG_AGO, ProgramCase, set_value
+
+
+class Preferences(ProgramCase):
+    def prefer(self, text):
+        path = self.folder / "settings/vantaro/preferences.json"
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(text)
+        return path
+
+    def runs(self):
+        return self.run_program("quorvex", "runs", "--json")
+
+    def test_files_keep_their_times(self):
+        for preferred in (False, True):
+            with self.subTest(preferred):
+                self.prefer(json.dumps({"keep_times": preferred}))
+                files = self.copy_five()
+                for value in ("short", "x" * 20000):  # in place, and by new files
+                    self.run_program("quorvex", "run", self.script(set_value("COMMENT", value)), *files)
+                    kept = [path.stat().st_mtime_ns == LONG_AGO for path in files]
+                    self.assertEqual(kept, [preferred] * len(files))
+
+    def test_room_for_runs_is_bounded(self):
+        song = self.copy("06", "a.mp3")
+        for title in "abcdef":
+            self.run_program("quorvex", "run", self.script(set_value("TITLE", title)), song)
+        runs = self.runs().objects()
+        self.assertEqual([run["run"] for run in runs], [6, 5, 4, 3, 2, 1])
+        self.prefer(json.dumps({"undo_bytes": sum(run["bytes"] for run in runs[:2])}))
+        self.assertEqual([run["run"] for run in self.runs().objects()], [6, 5])
+        self.prefer(json.dumps({"undo_days": 0}))
+        self.assertEqual([run["run"] for run in self.runs().objects()], [6])
+
+    def test_what_does_not_fit_is_named_and_has_no_effect(self):
+        song = self.copy("06", "a.mp3")
+        for text in ("{", "[]", '{"undo_days": -1}', '{"undo_days": "30"}', '{"undo_bytes": 1.5}', '{"keep_times": 1}',
+                     '{"undo_days": 99999999999999999999}', ""):
+            with self.subTest(text):
+                path = self.prefer(text)
+                outcome = self.run_program("quorvex", "run", self.script(set_value("TITLE", text or "none")), song)
+                self.assertEqual(outcome.status, 0)
+                self.assert_line(outcome.stderr, path, "the defaults hold")
+        self.assertEqual(len(self.runs().objects()), 8)

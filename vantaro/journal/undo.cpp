@@ -5,9 +5,9 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <map>
 #include <mutex>
-#include <ranges>
 #include <set>
 #include <tuple>
 #include <utility>
@@ -26,12 +26,13 @@ StateKey key_of(const std::string& path, const FileIdentity& identity) {
     return {path, identity.size, identity.modified};
 }
 
-/// What a journal says of the changes that were made.
+/// What a journal says of a change that was made.
 struct MadeChange {
     std::uint64_t position = 0;
     FileIdentity after;
 };
 
+/// The last one first.
 std::vector<MadeChange> made_changes(const OpenFile& journal) {
     std::map<std::uint64_t, MadeChange> noted;
     std::map<std::uint64_t, ChangeOutcome> outcomes;
@@ -53,6 +54,7 @@ std::vector<MadeChange> made_changes(const OpenFile& journal) {
         change.after = outcome->second.after;
         result.push_back(change);
     }
+    std::ranges::reverse(result);
     return result;
 }
 
@@ -76,8 +78,7 @@ public:
     }
 
     UndoReport run() {
-        // The last change of a file first.
-        for (const MadeChange& made : changes_ | std::views::reverse) {
+        for (const MadeChange& made : changes_) {
             if (abort_.is_aborting())
                 break;
             const FileChange change = read_change(journal_, made.position);

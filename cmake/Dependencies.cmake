@@ -2,6 +2,7 @@
 
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(TagLib REQUIRED IMPORTED_TARGET taglib>=1.13)
+pkg_check_modules(Zstd REQUIRED IMPORTED_TARGET libzstd>=1.4)
 find_package(ICU REQUIRED COMPONENTS uc i18n)
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core)
 find_package(nlohmann_json 3.11 REQUIRED)

@@ -4,6 +4,7 @@
 #include "tests/journal/run_fixture.h"
 
 #include "host/api/exceptions.h"
+#include "vantaro/journal/packing.h"
 
 #include <gmock/gmock.h>
 
@@ -35,7 +36,8 @@ Record full_change() {
 }
 
 const std::vector<Record> records{RunStart{-1, "run x", 7}, TemporaryName{"/a/b"}, full_change(),
-                                  ChangeOutcome{3, FileState::foreign, {1, 2, 3, 4}, true}, RunEnd{5, true}};
+                                  ChangeOutcome{3, FileState::foreign, {1, 2, 3, 4}, true}, RunEnd{5, true},
+                                  KeptChange{{}, {1, 2, 3, 4}, {5, 6}}};
 
 TEST(JournalRecord, IsReadAsItWasWritten) {
     for (const Record& record : records) {
@@ -45,8 +47,31 @@ TEST(JournalRecord, IsReadAsItWasWritten) {
             EXPECT_THROW(decode(bytes.substr(0, size)), vantaro_io::exception_io_data) << size;
         EXPECT_THROW(decode(bytes + '\0'), vantaro_io::exception_io_data);
     }
-    EXPECT_THROW(decode("\x05"), vantaro_io::exception_io_data);
+    EXPECT_THROW(decode("\x06"), vantaro_io::exception_io_data);
     EXPECT_EQ(noted_number(encode(full_change()).substr(0, 9)), 42U);
+}
+
+TEST(Packing, TakesLittleForWhatIsInTheReference) {
+    const std::string picture = test::noise(200'000);
+    const std::string old_bytes = "title" + picture + std::string(100, '\0');
+    const std::string new_bytes = "longer title" + picture + std::string(93, '\0');
+    const std::string packed = pack(new_bytes, old_bytes);
+    EXPECT_LT(packed.size(), 200U);
+    EXPECT_EQ(unpack(packed, old_bytes, new_bytes.size()), new_bytes);
+    for (const std::string& reference : {std::string(), old_bytes})
+        for (const std::string& bytes : {std::string(), std::string("x"), picture.substr(0, 70), picture})
+            EXPECT_EQ(unpack(pack(bytes, reference), reference, bytes.size()), bytes);
+    EXPECT_LE(pack(picture, "").size(), picture.size() + 1);
+}
+
+TEST(Packing, WhatDoesNotFitIsNoResult) {
+    const std::string bytes = test::noise(1000);
+    const std::string packed = pack("new" + bytes.substr(3), bytes);
+    EXPECT_THROW(unpack(packed, bytes, 999), vantaro_io::exception_io_data);
+    EXPECT_THROW(unpack(packed, bytes.substr(0, 500), 1000), vantaro_io::exception_io_data);
+    EXPECT_THROW(unpack(packed, std::string(1000, 'x'), 1000), vantaro_io::exception_io_data);
+    for (const char* garbage : {"", "\x02", "\x01", "\x01garbage"})
+        EXPECT_THROW(unpack(garbage, bytes, 7), vantaro_io::exception_io_data);
 }
 
 class JournalTest : public test::RunTest {

@@ -85,6 +85,25 @@ TEST_F(UndoTest, RefusesWhatHasChangedSinceAndGoesOn) {
     EXPECT_EQ(folder.read("changed"), changed);
 }
 
+TEST_F(UndoTest, APictureThatMovesTakesNoRoom) {
+    const std::string picture = test::noise(300'000);
+    const std::string old_bytes = "title" + picture + std::string(1000, '\0') + test::noise(2'000'000);
+    // Within the padding, and with more than the padding holds.
+    for (const std::string& title : {std::string("longer title"), std::string(3000, 't')}) {
+        folder.write("a", old_bytes);
+        const std::size_t padding = title.size() > 1000 ? 0 : 1005 - title.size();
+        run({{"a", {{0, 301'005, title + picture + std::string(padding, '\0')}}}});
+        const std::string new_bytes = folder.read("a");
+        EXPECT_TRUE(new_bytes.starts_with(title));
+        EXPECT_LT(store().runs().front().bytes, 5000U);
+        EXPECT_EQ(undo(newest()), Errors());
+        EXPECT_TRUE(folder.read("a") == old_bytes);
+        EXPECT_LT(store().runs().front().bytes, 5000U);
+        EXPECT_EQ(undo(newest()), Errors());
+        EXPECT_TRUE(folder.read("a") == new_bytes);
+    }
+}
+
 TEST_F(UndoTest, SeveralChangesOfOneFileInARun) {
     const std::string old_bytes = test::pattern(20000);
     folder.write("a", old_bytes);

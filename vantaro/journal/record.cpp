@@ -1,6 +1,7 @@
 #include "vantaro/journal/record.h"
 
 #include "host/api/exceptions.h"
+#include "vantaro/journal/packing.h"
 
 #include <QByteArray>
 #include <QDataStream>
@@ -109,6 +110,13 @@ void pass_optional(Reader& stream, std::optional<T>& value) {
         pass(stream, value.emplace());
 }
 
+void pass(Writer& stream, const std::uint64_t& value) {
+    stream.number(value);
+}
+void pass(Reader& stream, std::uint64_t& value) {
+    stream.number(value);
+}
+
 template <class Stream, class Range>
 void pass_range(Stream& stream, Range& range) {
     stream.number(range.old_offset);
@@ -116,19 +124,46 @@ void pass_range(Stream& stream, Range& range) {
     stream.number(range.new_offset);
     stream.number(range.new_size);
     stream.number(range.new_checksum);
-    stream.text(range.new_bytes);
 }
 
-void pass_ranges(Writer& stream, const std::vector<ChangedRange>& ranges) {
-    stream.number(ranges.size());
-    for (const ChangedRange& range : ranges)
-        pass_range(stream, range);
+void pass(Writer& stream, const ChangedRange& range) {
+    pass_range(stream, range);
+    stream.text(range.new_bytes.empty() ? std::string() : pack(range.new_bytes, range.old_bytes));
 }
-void pass_ranges(Reader& stream, std::vector<ChangedRange>& ranges) {
+void pass(Reader& stream, ChangedRange& range) {
+    pass_range(stream, range);
+    std::string packed;
+    stream.text(packed);
+    if (!packed.empty())
+        range.new_bytes = unpack(packed, range.old_bytes, range.new_size);
+}
+
+template <class T>
+void pass_list(Writer& stream, const std::vector<T>& list) {
+    stream.number(list.size());
+    for (const T& element : list)
+        pass(stream, element);
+}
+template <class T>
+void pass_list(Reader& stream, std::vector<T>& list) {
     std::size_t count = 0;
     stream.number(count);
-    while (ranges.size() < count) // a count that is too large ends with the bytes
-        pass_range(stream, ranges.emplace_back());
+    while (list.size() < count) // a count that is too large ends with the bytes
+        pass(stream, list.emplace_back());
+}
+
+template <class Stream, class Change>
+void pass_change(Stream& stream, Change& change) {
+    stream.text(change.path);
+    pass_identity(stream, change.before);
+    stream.number(change.new_size);
+    stream.number(change.method);
+    stream.number(change.shift_offset);
+    stream.number(change.shift_size);
+    stream.text(change.temporary);
+    pass_optional(stream, change.modified);
+    pass_optional(stream, change.restores);
+    pass_list(stream, change.ranges);
 }
 
 template <class Stream, class R>
@@ -141,27 +176,21 @@ void pass_record(Stream& stream, R& record) {
     } else if constexpr (std::is_same_v<Kind, TemporaryName>) {
         stream.text(record.path);
     } else if constexpr (std::is_same_v<Kind, NotedChange>) {
-        auto& change = record.change;
         stream.number(record.number);
-        stream.text(change.path);
-        pass_identity(stream, change.before);
-        stream.number(change.new_size);
-        stream.number(change.method);
-        stream.number(change.shift_offset);
-        stream.number(change.shift_size);
-        stream.text(change.temporary);
-        pass_optional(stream, change.modified);
-        pass_optional(stream, change.restores);
-        pass_ranges(stream, change.ranges);
+        pass_change(stream, record.change);
     } else if constexpr (std::is_same_v<Kind, ChangeOutcome>) {
         stream.number(record.number);
         stream.number(record.state);
         pass_identity(stream, record.after);
         stream.number(record.is_settled);
-    } else {
-        static_assert(std::is_same_v<Kind, RunEnd>);
+    } else if constexpr (std::is_same_v<Kind, RunEnd>) {
         stream.number(record.files);
         stream.number(record.was_cut_off);
+    } else {
+        static_assert(std::is_same_v<Kind, KeptChange>);
+        pass_change(stream, record.change);
+        pass_identity(stream, record.after);
+        pass_list(stream, record.old_sizes);
     }
 }
 
@@ -195,6 +224,8 @@ Record decode(std::string_view bytes) {
         return read_record<ChangeOutcome>(reader);
     case 4:
         return read_record<RunEnd>(reader);
+    case 5:
+        return read_record<KeptChange>(reader);
     default:
         throw vantaro_io::exception_io_data();
     }

@@ -55,7 +55,7 @@ struct ChangeOutcome {
     friend bool operator==(const ChangeOutcome&, const ChangeOutcome&) = default;
 };
 
-/// The last record: everything is on the medium. Its size never varies.
+/// The last record of a run: everything is on the medium. Its size never varies.
 struct RunEnd {
     std::uint64_t files = 0;
     bool was_cut_off = false;
@@ -63,7 +63,17 @@ struct RunEnd {
     friend bool operator==(const RunEnd&, const RunEnd&) = default;
 };
 
-using Record = std::variant<RunStart, TemporaryName, NotedChange, ChangeOutcome, RunEnd>;
+/// What remains of a change once its run has ended: enough to take it back from the file's new bytes. The old
+/// bytes of each range are packed by its new bytes, which are left out; their sizes stand apart.
+struct KeptChange {
+    FileChange change;
+    FileIdentity after;
+    std::vector<std::uint64_t> old_sizes;
+
+    friend bool operator==(const KeptChange&, const KeptChange&) = default;
+};
+
+using Record = std::variant<RunStart, TemporaryName, NotedChange, ChangeOutcome, RunEnd, KeptChange>;
 
 std::string encode(const Record& record);
 

@@ -2,6 +2,7 @@
 
 #include "host/api/exceptions.h"
 #include "vantaro/common/system_error.h"
+#include "vantaro/journal/shrink.h"
 #include "vantaro/storage/files.h"
 
 #include <fcntl.h>
@@ -22,6 +23,8 @@ namespace {
 constexpr const char* open_ending = ".open";
 constexpr const char* ended_ending = ".run";
 constexpr std::size_t digits = 8;
+/// A smaller journal is not worth the time.
+constexpr std::uint64_t worth_shrinking = 16 << 10;
 
 void append(JournalFile& journal, const Record& record) {
     const std::string bytes = encode(record);
@@ -86,6 +89,12 @@ void RunStore::end(OpenRun run, const RunEnd& end) {
     run.journal.flush();
     if (calls_.rename(run.journal.path(), path(run.number, ended_ending)) != 0)
         throw_system_error(errno, run.journal.path());
+    try {
+        if (run.journal.size() > worth_shrinking)
+            shrink_journal(calls_, path(run.number, ended_ending));
+    } catch (const vantaro_io::exception_io&) {
+        // It does as it is.
+    }
     sync_folder(folder_);
 }
 
@@ -161,8 +170,22 @@ RunStore::take_over_abandoned(const std::function<void(const std::string& line)>
     return result;
 }
 
+/// What a process left behind while it made a journal smaller; one that is still at it holds its lock.
+void RunStore::remove_abandoned(const std::string& path) {
+    try {
+        if (JournalFile::take_over(calls_, path))
+            calls_.unlink(path);
+    } catch (const vantaro_io::exception_io&) {
+        // Gone meanwhile.
+    }
+}
+
 void RunStore::prune(const Retention& retention, std::int64_t now) {
     constexpr std::int64_t nanoseconds_a_day = 86'400'000'000'000;
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator(folder_, ignored))
+        if (entry.path().extension() == ".new" && entry.path().stem().extension() == ended_ending)
+            remove_abandoned(entry.path());
     std::uint64_t total = 0;
     bool is_newest = true;
     for (const Entry& entry : entries()) {

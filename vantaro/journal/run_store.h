@@ -54,7 +54,7 @@ public:
 
     /// Begins the journal of a new run, with `start` on the medium.
     OpenRun begin(const RunStart& start);
-    /// Ends it, with everything on the medium.
+    /// Ends it, with everything on the medium, and makes a large journal small (shrink.h).
     void end(OpenRun run, const RunEnd& end);
     /// Removes the journal of a run that changed nothing.
     void discard(OpenRun run);
@@ -77,6 +77,7 @@ private:
 
     std::vector<Entry> entries() const;
     std::string path(std::uint64_t number, const char* ending) const;
+    void remove_abandoned(const std::string& path);
     std::optional<RunSummary> summary(const Entry& entry) const;
 
     const std::string folder_;

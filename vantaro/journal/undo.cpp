@@ -2,10 +2,10 @@
 
 #include "host/api/exceptions.h"
 #include "vantaro/journal/run_writer.h"
+#include "vantaro/journal/shrink.h"
 
 #include <fcntl.h>
 
-#include <algorithm>
 #include <map>
 #include <mutex>
 #include <set>
@@ -16,55 +16,11 @@ namespace vantaro::core {
 
 namespace {
 
-/// Enough of a record to tell its kind, and whole outcomes.
-constexpr std::size_t head = 128;
-
 /// A state of a file by what survives a remount: device and inode may not.
 using StateKey = std::tuple<std::string, std::uint64_t, std::int64_t>;
 
 StateKey key_of(const std::string& path, const FileIdentity& identity) {
     return {path, identity.size, identity.modified};
-}
-
-/// What a journal says of a change that was made.
-struct MadeChange {
-    std::uint64_t position = 0;
-    FileIdentity after;
-};
-
-/// The last one first.
-std::vector<MadeChange> made_changes(const OpenFile& journal) {
-    std::map<std::uint64_t, MadeChange> noted;
-    std::map<std::uint64_t, ChangeOutcome> outcomes;
-    JournalReader reader(journal);
-    for (std::uint64_t position = reader.position(); const auto bytes = reader.next_head(head);
-         position = reader.position()) {
-        if (begins<NotedChange>(*bytes))
-            noted[noted_number(*bytes)].position = position;
-        else if (begins<ChangeOutcome>(*bytes)) {
-            const auto outcome = std::get<ChangeOutcome>(decode(*bytes));
-            outcomes[outcome.number] = outcome;
-        }
-    }
-    std::vector<MadeChange> result;
-    for (auto& [number, change] : noted) {
-        const auto outcome = outcomes.find(number);
-        if (outcome == outcomes.end() || outcome->second.state != FileState::as_changed)
-            continue;
-        change.after = outcome->second.after;
-        result.push_back(change);
-    }
-    std::ranges::reverse(result);
-    return result;
-}
-
-FileChange read_change(const OpenFile& journal, std::uint64_t position) {
-    JournalReader reader(journal);
-    reader.seek(position);
-    const std::optional<std::string> bytes = reader.next();
-    if (!bytes || !begins<NotedChange>(*bytes))
-        throw vantaro_io::exception_io_data(journal.path() + " is damaged");
-    return std::get<NotedChange>(decode(*bytes)).change;
 }
 
 class Undo {
@@ -78,14 +34,15 @@ public:
     }
 
     UndoReport run() {
-        for (const MadeChange& made : changes_) {
+        // The last change of a file first.
+        for (auto made = changes_.rbegin(); made != changes_.rend(); ++made) {
             if (abort_.is_aborting())
                 break;
-            const FileChange change = read_change(journal_, made.position);
+            StoredChange stored = read_change(journal_, made->position);
             try {
-                put_back(change, made.after);
+                put_back(stored, made->after);
             } catch (const vantaro_io::exception_io& error) {
-                tell(change.path, error.what());
+                tell(stored.change.path, error.what());
             }
         }
         writer_.wait();
@@ -113,14 +70,15 @@ private:
                 continue;
             const OpenFile journal = store_.open(run.number);
             for (const MadeChange& made : made_changes(journal)) {
-                const FileChange change = read_change(journal, made.position);
+                const FileChange change = read_change(journal, made.position).change;
                 if (change.restores)
                     earlier_states_[key_of(change.path, made.after)] = *change.restores;
             }
         }
     }
 
-    void put_back(const FileChange& change, const FileIdentity& after) {
+    void put_back(StoredChange& stored, const FileIdentity& after) {
+        const FileChange& change = stored.change;
         if (in_work_.contains(change.path)) {
             writer_.wait();
             in_work_.clear();
@@ -128,6 +86,7 @@ private:
         OpenFile file = OpenFile::open(store_.calls(), change.path, O_RDWR);
         if (!is_as_left(file, change, after))
             throw vantaro_io::exception_io("The file has changed since; it was left alone");
+        restore_old_bytes(stored, file);
         ChangeOptions options;
         options.restores = change.before;
         if (options_.times)

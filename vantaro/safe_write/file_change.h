@@ -34,7 +34,6 @@ struct ChangedRange {
     std::uint64_t new_size = 0;
     /// CRC-32 of the new bytes.
     std::uint32_t new_checksum = 0;
-    /// Empty for a replaced file, which is never seen between.
     std::string new_bytes;
 
     friend bool operator==(const ChangedRange&, const ChangedRange&) = default;
@@ -64,7 +63,7 @@ struct FileChange {
 /// Throws what OpenFile::read throws.
 FileChange describe_change(const OpenFile& file, const FileEdit& edit);
 
-/// What the change does to the file's bytes. Requires: the new bytes are noted.
+/// What the change does to the file's bytes.
 FileEdit edit_of(const FileChange& change);
 
 /// What takes the change back.
@@ -89,7 +88,7 @@ bool holds_new_bytes(const OpenFile& file, const FileChange& change);
 void set_modified_if_allowed(const OpenFile& file, std::int64_t nanoseconds);
 
 /// Writes the new ranges to where they stand in the new content, and sets the time of change that is asked
-/// for. Requires: the new bytes are noted. Throws what OpenFile::write throws.
+/// for. Throws what OpenFile::write throws.
 void write_new_bytes(const OpenFile& file, const FileChange& change);
 
 /// Makes the file what it was, also after a change that failed half-way, its time of change included.

@@ -115,8 +115,6 @@ PreparedChange prepare_change(OpenFile file, const FileEdit& edit, const ChangeO
     FileChange change = described(file, edit, options);
     if (std::optional<Replacement> replacement = make_replacement(file, edit, names, change.temporary)) {
         change.method = WriteMethod::replace;
-        for (ChangedRange& range : change.ranges)
-            range.new_bytes = {};
         return {std::move(change), std::move(file), std::move(replacement)};
     }
     FileEdit to_end = edit;

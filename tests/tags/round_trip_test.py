@@ -215,6 +215,7 @@ class RoundTrip(TagTestCase):
             ("mp3", "TITLE=\udcff", "UTF-8"),
             ("mp3", "TRACKNUMBER=1/2 TOTALTRACKS=3", "TRACKNUMBER"),
             ("wma", "IsVBR=1", "IsVBR"),
+            ("wma", "COMMENT=" + "x" * 32767, "too long"),
         ]
         for extension, bad, text in rows:
             with self.subTest(bad):

@@ -24,6 +24,8 @@ struct DescriptionPart {
     String (Tag::*get)() const;
     void (Tag::*set)(const String&);
 };
+// In bytes, without the NUL at the end.
+constexpr std::size_t largest_part = 0xFFFE - 2;
 constexpr std::array<DescriptionPart, 4> description_parts{{
     {"Title", &Tag::title, &Tag::setTitle},
     {"Author", &Tag::artist, &Tag::setArtist},
@@ -135,6 +137,9 @@ void AsfFields::put(const std::string& place, const Values& values) {
     }
     std::size_t first = 0;
     if (const DescriptionPart* part = description_part(place)) {
+        // TagLib would write the last 16 bits of the size, and what follows could not be read any more.
+        if (!values.empty() && to_taglib(values.front()).data(String::UTF16LE).size() > largest_part)
+            throw Refused("the value is too long");
         (tag_.*part->set)(values.empty() ? String() : to_taglib(values.front()));
         first = 1;
     }

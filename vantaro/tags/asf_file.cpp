@@ -7,6 +7,7 @@
 
 #include <asffile.h>
 
+#include <cstdint>
 #include <optional>
 
 namespace vantaro::core::tags {
@@ -15,7 +16,8 @@ namespace {
 
 class AsfFile final : public AudioFile {
 public:
-    explicit AsfFile(TagLib::IOStream& stream) : AudioFile(Format::asf), file_(&stream, false) {
+    explicit AsfFile(TagLib::IOStream& stream)
+        : AudioFile(Format::asf), stream_(stream), file_(&stream, false) {
         if (!file_.isValid() || file_.tag() == nullptr)
             throw vantaro_io::exception_io_data();
         restore_order(stream);
@@ -25,8 +27,10 @@ public:
     std::vector<TagStore*> tags() override { return {&*fields_}; }
     TagStore* add_customary_tag() override { return nullptr; }
     void save() override {
+        const std::uint64_t room = asf_header_size(stream_);
         if (!file_.save())
             throw vantaro_io::exception_io();
+        pad_asf_header(stream_, room);
     }
 
 private:
@@ -47,6 +51,7 @@ private:
         }
     }
 
+    TagLib::IOStream& stream_;
     TagLib::ASF::File file_;
     std::optional<AsfFields> fields_;
 };

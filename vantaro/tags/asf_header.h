@@ -1,7 +1,9 @@
-// The objects of an ASF header: what TagLib does not tell of them, and what it takes on trust.
+// The objects of an ASF header: what TagLib does not tell of them, what it takes on trust, and the
+// padding that it only carries along.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <string>
 
@@ -14,6 +16,12 @@ namespace vantaro::core::tags {
 /// Throws exception_io_data when the header or one of its objects is larger than what holds it: TagLib would
 /// replace as many bytes.
 void check_asf(TagLib::IOStream& stream);
+
+/// In bytes, as the header says. Throws exception_io_data when the file is too short for it.
+std::uint64_t asf_header_size(TagLib::IOStream& stream);
+/// Gives a header that stood in the place of `room` bytes the size that padding.h says. Throws
+/// exception_io_data.
+void pad_asf_header(TagLib::IOStream& stream, std::uint64_t room);
 
 /// The attributes of the extended content description and how many values each has there. Empty when that
 /// object stands in front of the metadata library, or the header is damaged.

@@ -1,6 +1,7 @@
 #include "vantaro/tags/flac_blocks.h"
 
 #include "host/api/exceptions.h"
+#include "vantaro/tags/padding.h"
 #include "vantaro/tags/stream_bytes.h"
 
 #include <algorithm>
@@ -13,7 +14,6 @@ constexpr unsigned padding_type = 1;
 constexpr unsigned comment_type = 4;
 constexpr std::size_t header_size = 4;
 constexpr std::size_t largest_block = 0xFFFFFF;
-constexpr std::size_t new_padding = 4096;
 
 } // namespace
 
@@ -45,6 +45,18 @@ std::size_t FlacBlocks::size_with_headers() const {
     return size;
 }
 
+// `size` with the headers: nothing, or enough for one. There is a second block only where one cannot be as
+// large.
+void FlacBlocks::append_padding(std::size_t size) {
+    while (size > 0) {
+        std::size_t body = size - header_size;
+        if (body > largest_block)
+            body = largest_block - header_size; // leaves enough for the header of the next
+        blocks_.push_back({padding_type, std::string(body, '\0')});
+        size -= header_size + body;
+    }
+}
+
 void FlacBlocks::write_comment(const std::string& comment) {
     if (comment.size() > largest_block)
         throw vantaro_io::exception_io("The tags are larger than 16 MiB, which FLAC does not allow");
@@ -56,10 +68,7 @@ void FlacBlocks::write_comment(const std::string& comment) {
 
     std::erase_if(blocks_, [](const Block& block) { return block.type == padding_type; });
     const std::size_t needed = size_with_headers();
-    if (needed + header_size <= size_ && size_ - needed - header_size <= largest_block)
-        blocks_.push_back({padding_type, std::string(size_ - needed - header_size, '\0')});
-    else if (needed != size_)
-        blocks_.push_back({padding_type, std::string(new_padding, '\0')});
+    append_padding(padded_size(needed, size_, {.header = header_size}) - needed);
 
     std::string bytes;
     for (std::size_t i = 0; i < blocks_.size(); ++i) {

@@ -20,8 +20,8 @@ public:
 
     /// The content of the first comment block.
     std::optional<std::string> comment() const;
-    /// Replaces the first comment block, or adds one behind the stream information. Grows the file only when
-    /// the padding is used up. Throws exception_io when the comment is larger than a block can be.
+    /// Replaces the first comment block, or adds one behind the stream information, with padding behind all
+    /// blocks (see padding.h). Throws exception_io when the comment is larger than a block can be.
     void write_comment(const std::string& comment);
 
 private:
@@ -30,6 +30,7 @@ private:
         std::string body;
     };
     std::size_t size_with_headers() const;
+    void append_padding(std::size_t size);
 
     TagLib::IOStream& stream_;
     std::size_t start_;

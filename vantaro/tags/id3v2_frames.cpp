@@ -2,6 +2,7 @@
 
 #include "host/api/exceptions.h"
 #include "vantaro/tags/id3v22.h"
+#include "vantaro/tags/padding.h"
 #include "vantaro/tags/tag_store.h"
 
 #include <algorithm>
@@ -11,8 +12,7 @@ namespace vantaro::core::tags {
 namespace {
 
 constexpr std::size_t header_size = 10;
-constexpr std::size_t padding = 1024;
-constexpr std::uint32_t largest_tag = 0x0FFFFFFF;
+constexpr std::size_t largest_tag = 0x0FFFFFFF + header_size;
 
 // Bits of the second flag byte.
 constexpr unsigned v23_coded = 0xE0; // compressed, encrypted, grouped
@@ -179,11 +179,11 @@ Id3v2Tag parse_id3v2(std::string_view bytes) {
     return tag;
 }
 
-std::string render_id3v2(const Id3v2Tag& tag, std::size_t room) {
+std::string render_id3v2(const Id3v2Tag& tag, std::size_t room, std::size_t beside) {
     std::string frames = render_frames(tag.frames, tag.version);
     const std::size_t needed = header_size + frames.size();
-    const std::size_t size = needed <= room ? room : needed + padding;
-    if (size - header_size > largest_tag)
+    const std::size_t size = padded_size(needed + beside, room, {.limit = largest_tag + beside}) - beside;
+    if (size > largest_tag)
         throw vantaro_io::exception_io("The ID3v2 tag would become larger than 256 MiB");
     std::string result = "ID3";
     result += static_cast<char>(tag.version);

@@ -29,8 +29,10 @@ std::size_t id3v2_size(std::string_view bytes);
 /// exception_io_data for a version that it does not know.
 Id3v2Tag parse_id3v2(std::string_view bytes);
 
-/// The bytes of a tag, padded to `room` bytes or, when it does not fit there, by 1 KiB.
-std::string render_id3v2(const Id3v2Tag& tag, std::size_t room);
+/// The bytes of a tag with padding, for the place of `room` bytes (see padding.h). A new tag leaves `beside`
+/// bytes of its room to what is new with it, such as the header of a chunk. Throws exception_io when the tag
+/// is larger than ID3v2 allows.
+std::string render_id3v2(const Id3v2Tag& tag, std::size_t room, std::size_t beside = 0);
 
 /// The frame's body with the coding that its flags name taken away; nothing when it is compressed or
 /// encrypted.

@@ -14,7 +14,7 @@ namespace vantaro::core::tags {
 
 namespace {
 
-constexpr std::size_t atom_header = 8;
+constexpr std::size_t header_size = 8;
 constexpr std::uint32_t implicit_type = 0;
 constexpr std::uint32_t utf8_type = 1;
 constexpr std::uint32_t utf16_type = 2;
@@ -117,18 +117,22 @@ Mp4Kind mp4_kind(std::string_view atom_name) {
 }
 
 std::optional<Mp4Child> take_atom(std::string_view& bytes) {
-    if (bytes.size() < atom_header)
+    if (bytes.size() < header_size)
         return std::nullopt;
     const std::uint64_t size = big_endian(bytes.substr(0, 4));
-    if (size < atom_header || size > bytes.size())
+    if (size < header_size || size > bytes.size())
         return std::nullopt;
-    const Mp4Child atom{bytes.substr(4, 4), bytes.substr(atom_header, size - atom_header)};
+    const Mp4Child atom{bytes.substr(4, 4), bytes.substr(header_size, size - header_size)};
     bytes.remove_prefix(size);
     return atom;
 }
 
 std::string make_atom(std::string_view name, std::string_view body) {
-    return big_endian_bytes(body.size() + atom_header, 4) + std::string(name) + std::string(body);
+    return atom_header(name, body.size() + header_size) + std::string(body);
+}
+
+std::string atom_header(std::string_view name, std::size_t size) {
+    return big_endian_bytes(size, 4) + std::string(name);
 }
 
 std::optional<FreeformName> freeform_name(std::string_view body) {

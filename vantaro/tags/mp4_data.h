@@ -22,6 +22,8 @@ struct Mp4Child {
 /// Takes the next atom from the front of `bytes`; nothing when there is none of a valid size.
 std::optional<Mp4Child> take_atom(std::string_view& bytes);
 std::string make_atom(std::string_view name, std::string_view body);
+/// `size` is that of the whole atom, at most 0xFFFFFFFF.
+std::string atom_header(std::string_view name, std::size_t size);
 
 struct FreeformName {
     std::string mean;

@@ -2,13 +2,13 @@
 #include "host/api/exceptions.h"
 #include "vantaro/tags/audio_file.h"
 #include "vantaro/tags/mp4_check.h"
+#include "vantaro/tags/mp4_data.h"
 #include "vantaro/tags/mp4_fields.h"
+#include "vantaro/tags/mp4_room.h"
 #include "vantaro/tags/raw_file.h"
 #include "vantaro/tags/stream_bytes.h"
 
 #include <mp4atom.h>
-#include <mp4file.h>
-#include <mp4tag.h>
 
 #include <optional>
 
@@ -17,8 +17,6 @@ namespace vantaro::core::tags {
 namespace {
 
 constexpr std::size_t header_size = 8;
-// A text item has the header of its own and that of the data.
-constexpr std::size_t smallest_text_item = 24;
 
 class Mp4File final : public AudioFile {
 public:
@@ -37,33 +35,11 @@ public:
     }
     TagStore* add_customary_tag() override { return fields_ ? nullptr : &fields_.emplace(); }
 
-    // TagLib lays out the file, with all that depends on the size of the list, for one item as large as all
-    // atoms together. The atoms then take its place as they are; TagLib itself would lose those of unknown
-    // types and all but one of those with the same name.
+    // TagLib lays out the file, with all that depends on the size of the list. The atoms are then written as
+    // they are: TagLib itself would lose those of unknown types and all but one of those with the same name.
     void save() override {
-        const std::string bytes = fields_ ? fields_->render() : std::string();
-        {
-            // In a file with overlapping atoms TagLib could take anything for a table of offsets, and its
-            // length for that of the table.
-            FixedStream fixed(stream_);
-            TagLib::MP4::File file(&fixed, false);
-            if (!file.isValid() || file.tag() == nullptr)
-                throw vantaro_io::exception_io_data();
-            const TagLib::MP4::ItemMap items = file.tag()->itemMap();
-            for (const auto& [name, item] : items)
-                file.tag()->removeItem(name);
-            if (bytes.size() >= smallest_text_item)
-                file.tag()->setItem("\251nam", TagLib::StringList(to_taglib(
-                                                   std::string(bytes.size() - smallest_text_item, ' '))));
-            if (!file.save())
-                throw vantaro_io::exception_io();
-        }
-        RawFile file(stream_);
-        TagLib::MP4::Atoms atoms(&file);
-        const TagLib::MP4::Atom* list = atoms.find("moov", "udta", "meta", "ilst");
-        if (list == nullptr || static_cast<std::size_t>(list->length) != bytes.size() + header_size)
-            throw vantaro_io::exception_io("The item list could not be written");
-        replace_bytes(stream_, static_cast<std::size_t>(list->offset) + header_size, bytes.size(), bytes);
+        const std::string list = make_atom("ilst", fields_ ? fields_->render() : std::string());
+        write_mp4_list(stream_, make_mp4_room(stream_, list.size()), list);
     }
 
 private:

@@ -1,6 +1,7 @@
 // Ogg: the comment is a packet behind the first one.
 #include "host/api/exceptions.h"
 #include "vantaro/tags/audio_file.h"
+#include "vantaro/tags/padding.h"
 #include "vantaro/tags/xiph_fields.h"
 
 #include <oggfile.h>
@@ -13,6 +14,9 @@ namespace {
 
 constexpr unsigned char flac_comment_type = 4;
 constexpr std::size_t flac_header_size = 4;
+// A page has a lacing value for each 255 bytes of a packet.
+constexpr std::size_t packet_step = whole_block / 256 * 255;
+constexpr std::string_view framing_bit = "\x01";
 
 /// TagLib's packets, without the tag that its own file classes would write.
 class Packets final : public TagLib::Ogg::File {
@@ -36,6 +40,7 @@ public:
         if (!packet.starts_with(prefix_))
             throw vantaro_io::exception_io_data();
         xiph_.emplace(std::string_view(packet).substr(prefix_.size()));
+        packet_size_ = packet.size();
     }
 
     std::vector<TagStore*> tags() override { return {&*xiph_}; }
@@ -43,6 +48,9 @@ public:
     std::string tool() const override { return clean_text(xiph_->vendor()); }
 
     void save() override {
+        // In Opus an odd first byte makes the rest something to be kept; so is whatever is not zero.
+        const bool can_pad = format() != Format::ogg_flac
+                             && xiph_->remove_padding(format() == Format::vorbis ? framing_bit : "");
         const std::string comment = xiph_->render();
         if (format() == Format::ogg_flac) {
             if (comment.size() > 0xFFFFFF)
@@ -50,7 +58,10 @@ public:
             for (std::size_t i = 1; i < flac_header_size; ++i)
                 prefix_[i] = static_cast<char>(comment.size() >> (8 * (flac_header_size - 1 - i)) & 0xFF);
         }
-        packets_.setPacket(index_, to_byte_vector(prefix_ + comment));
+        std::string packet = prefix_ + comment;
+        if (can_pad)
+            packet.resize(padded_size(packet.size(), packet_size_, {.step = packet_step}));
+        packets_.setPacket(index_, to_byte_vector(packet));
         if (!packets_.TagLib::Ogg::File::save())
             throw vantaro_io::exception_io();
     }
@@ -74,7 +85,8 @@ private:
 
     Packets packets_;
     unsigned index_ = 1;
-    std::string prefix_; ///< what stands in front of the comment in its packet
+    std::size_t packet_size_ = 0; ///< in the file
+    std::string prefix_;          ///< what stands in front of the comment in its packet
     std::optional<XiphFields> xiph_;
 };
 

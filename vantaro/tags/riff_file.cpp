@@ -12,6 +12,7 @@ namespace vantaro::core::tags {
 
 namespace {
 
+constexpr std::size_t chunk_header_size = 8;
 constexpr std::string_view info_mark = "INFO";
 
 /// TagLib's chunks, without the tags that its own file classes would write.
@@ -44,7 +45,7 @@ public:
                 if (id3v2_size(bytes) == 0 || id3v2_size(bytes) > bytes.size())
                     throw vantaro_io::exception_io_data("The ID3v2 tag is damaged");
                 id3v2_.emplace(bytes);
-                id3v2_room_ = id3v2_size(bytes);
+                id3v2_room_ = bytes.size();
                 id3v2_name_ = name;
             } else if (!info_ && format == Format::wav && name == "LIST") {
                 const std::string bytes = chunks_.data(i);
@@ -66,9 +67,10 @@ public:
     TagStore* add_customary_tag() override { return id3v2_ ? nullptr : &id3v2_.emplace(); }
 
     void save() override {
+        const bool is_new = id3v2_room_ == 0;
         if (id3v2_)
             put_chunk([this](unsigned i) { return chunks_.name(i) == id3v2_name_; }, id3v2_name_,
-                      id3v2_->empty() ? "" : id3v2_->render(id3v2_room_));
+                      id3v2_->empty() ? "" : id3v2_->render(id3v2_room_, is_new ? chunk_header_size : 0));
         if (info_)
             put_chunk(
                 [this](unsigned i) {
@@ -90,7 +92,7 @@ private:
     }
 
     Chunks chunks_;
-    std::size_t id3v2_room_ = 0;
+    std::size_t id3v2_room_ = 0; ///< the content of the chunk
     std::string id3v2_name_ = "ID3 ";
     std::optional<Id3v2Fields> id3v2_;
     std::optional<InfoFields> info_;

@@ -64,6 +64,13 @@ XiphFields::XiphFields(std::string_view bytes) {
     rest_ = bytes;
 }
 
+bool XiphFields::remove_padding(std::string_view mark) {
+    if (!rest_.starts_with(mark) || rest_.find_first_not_of('\0', mark.size()) != std::string::npos)
+        return false;
+    rest_.resize(mark.size());
+    return true;
+}
+
 std::string XiphFields::render() const {
     std::string result;
     append_counted(result, vendor_);

@@ -26,6 +26,9 @@ public:
     std::string listed_name(const std::string& name) const override;
 
     const std::string& vendor() const { return vendor_; }
+    /// Takes away the zero bytes behind the comments and `mark`. Returns false, and takes nothing, when
+    /// anything else stands there.
+    bool remove_padding(std::string_view mark);
     /// With whatever stood behind the comments.
     std::string render() const;
 

@@ -9,6 +9,7 @@
 #include <array>
 #include <charconv>
 #include <optional>
+#include <set>
 #include <utility>
 
 namespace vantaro::core::tags {
@@ -175,8 +176,12 @@ void AsfFields::set(const std::string& given_name, const Values& values) {
         places.emplace_back(row->place);
     if (number_row == nullptr && places.empty())
         places.push_back(given_name);
+    // Places of one rank ("Title" and an attribute "TITLE") are read together: one of them has the values.
+    std::set<std::size_t> written;
+    std::ranges::partition(places,
+                           [](const std::string& place) { return description_part(place) != nullptr; });
     for (const std::string& place : places)
-        put(place, values);
+        put(place, written.insert(rank_of_place(asf_places, place)).second ? values : Values());
 }
 
 } // namespace vantaro::core::tags

@@ -178,8 +178,8 @@ void AsfFields::set(const std::string& given_name, const Values& values) {
         places.push_back(given_name);
     // Places of one rank ("Title" and an attribute "TITLE") are read together: one of them has the values.
     std::set<std::size_t> written;
-    std::ranges::partition(places,
-                           [](const std::string& place) { return description_part(place) != nullptr; });
+    std::partition(places.begin(), places.end(),
+                   [](const std::string& place) { return description_part(place) != nullptr; });
     for (const std::string& place : places)
         put(place, written.insert(rank_of_place(asf_places, place)).second ? values : Values());
 }

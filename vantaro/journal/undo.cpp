@@ -4,8 +4,6 @@
 #include "vantaro/journal/run_writer.h"
 #include "vantaro/journal/shrink.h"
 
-#include <fcntl.h>
-
 #include <map>
 #include <mutex>
 #include <set>
@@ -68,12 +66,19 @@ private:
         for (const RunSummary& run : store_.runs()) {
             if (run.number <= number || run.start.undoes == 0 || run.is_open)
                 continue;
-            const OpenFile journal = store_.open(run.number);
-            for (const MadeChange& made : made_changes(journal)) {
-                const FileChange change = read_change(journal, made.position).change;
-                if (change.restores)
-                    earlier_states_[key_of(change.path, made.after)] = *change.restores;
+            try {
+                learn_states_after(store_.open(run.number));
+            } catch (const vantaro_io::exception_io&) {
+                // Its files then count as changed, which is the careful answer.
             }
+        }
+    }
+
+    void learn_states_after(const OpenFile& journal) {
+        for (const MadeChange& made : made_changes(journal)) {
+            const FileChange change = read_change(journal, made.position).change;
+            if (change.restores)
+                earlier_states_[key_of(change.path, made.after)] = *change.restores;
         }
     }
 
@@ -83,7 +88,7 @@ private:
             writer_.wait();
             in_work_.clear();
         }
-        OpenFile file = OpenFile::open(store_.calls(), change.path, O_RDWR);
+        OpenFile file = OpenFile::open_for_change(store_.calls(), change.path);
         if (!is_as_left(file, change, after))
             throw vantaro_io::exception_io("The file has changed since; it was left alone");
         restore_old_bytes(stored, file);

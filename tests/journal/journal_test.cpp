@@ -35,8 +35,11 @@ Record full_change() {
     return NotedChange{42, change};
 }
 
-const std::vector<Record> records{RunStart{-1, "run x", 7}, TemporaryName{"/a/b"}, full_change(),
-                                  ChangeOutcome{3, FileState::foreign, {1, 2, 3, 4}, true}, RunEnd{5, true},
+const std::vector<Record> records{RunStart{-1, "run x", 7},
+                                  TemporaryName{"/a/b"},
+                                  full_change(),
+                                  ChangeOutcome{3, FileState::foreign, {1, 2, 3, 4}, true},
+                                  RunEnd{5, true},
                                   KeptChange{{}, {1, 2, 3, 4}, {5, 6}}};
 
 TEST(JournalRecord, IsReadAsItWasWritten) {

@@ -1,11 +1,11 @@
 // The fields of an ASF (WMA) file.
 //
 // Choices:
-// - Numeric attributes are read as digits, Boolean ones as 1 and 0. A changed attribute keeps its type when the
-//   value allows it, otherwise it becomes text. Attributes of bytes are no fields.
+// - Numeric attributes are read as digits, Boolean ones as 1 and 0. A changed attribute keeps its type when
+//   the value allows it, otherwise it becomes text. Attributes of bytes are no fields.
 // - Number and total of tracks and discs stand together in WM/TrackNumber and WM/PartOfSet.
-// - The content description holds the first value of Title, Author, Description and Copyright; further ones are
-//   attributes of the same name.
+// - The content description holds the first value of Title, Author, Description and Copyright; further ones
+//   are attributes of the same name.
 // - Empty values are not kept.
 #pragma once
 

@@ -22,6 +22,10 @@ public:
 
     void run() {
         read();
+        if (has_ended_) { // only its name is that of an open one
+            store_.close(std::move(run_));
+            return;
+        }
         for (const std::string& path : temporary_names_)
             remove(path);
         for (const auto& [path, last] : last_changes_)
@@ -48,6 +52,8 @@ private:
                 last_changes_[noted->change.path] = {noted->number, position};
             else if (const auto* outcome = std::get_if<ChangeOutcome>(&record))
                 outcomes_[outcome->number] = *outcome;
+            else if (std::holds_alternative<RunEnd>(record))
+                has_ended_ = true;
         }
     }
 
@@ -113,6 +119,7 @@ private:
     std::vector<std::string> new_outcomes_;
     std::uint64_t put_back_ = 0;
     bool is_unreachable_ = false;
+    bool has_ended_ = false;
 };
 
 } // namespace

@@ -75,7 +75,6 @@ OpenRun RunStore::begin(const RunStart& start) {
     OpenRun run{number, JournalFile::create(calls_, path(number, open_ending))};
     try {
         append(run.journal, start);
-        run.journal.flush();
         sync_folder(folder_);
     } catch (const vantaro_io::exception_io&) {
         calls_.unlink(run.journal.path());
@@ -87,15 +86,19 @@ OpenRun RunStore::begin(const RunStart& start) {
 void RunStore::end(OpenRun run, const RunEnd& end) {
     append(run.journal, end);
     run.journal.flush();
-    if (calls_.rename(run.journal.path(), path(run.number, ended_ending)) != 0)
+    close(std::move(run));
+}
+
+void RunStore::close(OpenRun run) {
+    const std::string final_path = path(run.number, ended_ending);
+    if (calls_.rename(run.journal.path(), final_path) != 0)
         throw_system_error(errno, run.journal.path());
     try {
         if (run.journal.size() > worth_shrinking)
-            shrink_journal(calls_, path(run.number, ended_ending));
+            shrink_journal(calls_, final_path);
     } catch (const vantaro_io::exception_io&) {
         // It does as it is.
     }
-    sync_folder(folder_);
 }
 
 void RunStore::discard(OpenRun run) {

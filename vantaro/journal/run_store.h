@@ -52,10 +52,13 @@ public:
 
     SystemCalls& calls() const { return calls_; }
 
-    /// Begins the journal of a new run, with `start` on the medium.
+    /// Begins the journal of a new run. It has its name on the medium, and `start` with the next flush.
     OpenRun begin(const RunStart& start);
-    /// Ends it, with everything on the medium, and makes a large journal small (shrink.h).
+    /// Ends it, with everything in it on the medium, and makes a large journal small (shrink.h). Its new name
+    /// may get there later: what ends with a RunEnd has ended, whatever it is called.
     void end(OpenRun run, const RunEnd& end);
+    /// The same for a journal that has its RunEnd.
+    void close(OpenRun run);
     /// Removes the journal of a run that changed nothing.
     void discard(OpenRun run);
 

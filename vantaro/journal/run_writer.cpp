@@ -6,6 +6,7 @@
 #include <fcntl.h>
 
 #include <cerrno>
+#include <chrono>
 #include <iterator>
 #include <random>
 #include <utility>
@@ -18,6 +19,9 @@ namespace {
 constexpr std::size_t most_waiting = 64 << 20;
 /// Each of them keeps up to two files open.
 constexpr std::size_t most_files_waiting = 128;
+/// What makes a batch worth a flush at once; fewer wait a moment for others to come.
+constexpr std::size_t full_batch = 64;
+constexpr std::chrono::milliseconds moment(5);
 
 std::string random_prefix() {
     std::random_device device;
@@ -77,7 +81,10 @@ void RunWriter::submit(PreparedChange change, Done done) {
 
 void RunWriter::wait() {
     std::unique_lock lock(queue_mutex_);
+    is_hurried_ = true;
+    queue_changed_.notify_all();
     queue_changed_.wait(lock, [&] { return queue_.empty() && !is_committing_; });
+    is_hurried_ = false;
 }
 
 void RunWriter::commit_batches() {
@@ -88,6 +95,10 @@ void RunWriter::commit_batches() {
             is_committing_ = false;
             queue_changed_.notify_all();
             queue_changed_.wait(lock, [&] { return is_ending_ || !queue_.empty(); });
+            queue_changed_.wait_for(lock, moment, [&] {
+                return is_ending_ || is_hurried_ || queue_.size() >= full_batch
+                       || queued_bytes_ >= most_waiting / 2;
+            });
             if (queue_.empty())
                 return;
             batch = std::exchange(queue_, {});

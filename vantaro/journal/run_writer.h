@@ -92,6 +92,7 @@ private:
     std::size_t queued_bytes_ = 0;
     bool is_committing_ = false;
     bool is_ending_ = false;
+    bool is_hurried_ = false; // somebody waits for what is in the queue
 
     // Touched by the committing thread, and by finish() when it has ended.
     std::uint64_t next_number_ = 0;

@@ -161,6 +161,32 @@ class Chunk(TagTestCase):
         self.check_edit(path, ["TITLE=" + "x" * 100], ["id3/TIT2"])
         self.assertEqual(os.path.getsize(path), len(data) + BLOCK)
 
+    def test_padding_ends_at_4_gib(self):
+        """The chunk of this tag has 30 bytes; the file has no blocks on the disk."""
+        path = os.path.join(self.folder.name, "large.wav")
+        for left, grows in ((5000, BLOCK), (2000, 2000), (32, 32), (30, 30), (28, None), (-2000, None)):
+            with self.subTest(left):
+                size = 0xFFFFFFFE - left
+                head = struct.pack("<4sI4s4sIHHIIHH4sI", b"RIFF", (size - 8) & 0xFFFFFFFF, b"WAVE", b"fmt ", 16, 1, 2,
+                                   44100, 176400, 4, 16, b"data", (size - 44) & 0xFFFFFFFF)
+                write(path, head)
+                os.truncate(path, size)
+                if grows is None:
+                    with self.assertRaisesRegex(RuntimeError, "4 GiB"):
+                        edit(path, "TITLE=T")
+                else:
+                    edit(path, "TITLE=T")
+                    self.check_riff_size(path)
+                    self.assertEqual([str(text) for text in wave.WAVE(path)["TIT2"].text], ["T"])
+                    edit(path, "TITLE=U")
+                    self.check_riff_size(path)
+                self.assertEqual(os.path.getsize(path), size + (grows or 0))
+                os.remove(path)
+
+    def check_riff_size(self, path):
+        with open(path, "rb") as file:
+            self.assertEqual(struct.unpack("<4xI", file.read(8))[0], os.path.getsize(path) - 8)
+
 
 def atom(name, body):
     return struct.pack(">I", len(body) + 8) + name + body
@@ -230,6 +256,41 @@ class Mp4(TagTestCase):
             size = os.path.getsize(fast)
             self.check_edit(fast, ["TITLE=" + title], ["mp4/\xa9nam"])
             self.assertEqual((os.path.getsize(fast) - size) % BLOCK, 0)
+
+
+    def test_padding_ends_where_offsets_do(self):
+        """An offset of 32 bits moves with the audio. It is only a number here: there is no audio at that place."""
+        path = self.sample("m4a")
+        fast = os.path.join(self.folder.name, "fast.m4a")
+        subprocess.run(["ffmpeg", "-hide_banner", "-loglevel", "error", "-i", path, "-c", "copy", "-movflags",
+                        "+faststart", fast], check=True)
+        for edited in (False, True):  # with little room and with much
+            with self.subTest(edited):
+                if edited:
+                    edit(fast, "TITLE=T")
+                self.check_last_offset(fast)
+
+    def check_last_offset(self, fast):
+        data = content(fast)
+        table = data.index(b"stco") + 4
+        self.assertEqual(data[table:table + 8], b"\0\0\0\0\0\0\0\1")
+
+        def growth(left):
+            write(fast, data[:table + 8] + struct.pack(">I", 0xFFFFFFFF - left) + data[table + 12:])
+            edit(fast, "TITLE=" + "x" * 8000)
+            grown = os.path.getsize(fast) - len(data)
+            self.assertEqual(struct.unpack(">I", content(fast)[table + 8:table + 12])[0], 0xFFFFFFFF - left + grown)
+            self.assertEqual(mp4.MP4(fast)["\xa9nam"], ["x" * 8000])
+            return grown
+
+        whole = growth(100_000)
+        self.assertEqual(whole % BLOCK, 0)
+        self.assertEqual(growth(whole), whole)
+        self.assertLessEqual(growth(whole - 700), whole - 700)
+        with self.assertRaisesRegex(RuntimeError, "32-bit"):
+            growth(100)
+        self.assertEqual(os.path.getsize(fast), len(data))
+        write(fast, data)
 
 
 class Ogg(TagTestCase):

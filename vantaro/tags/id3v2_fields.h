@@ -36,8 +36,9 @@ public:
     std::string listed_name(const std::string& name) const override;
 
     bool empty() const { return tag_.frames.empty(); }
-    std::string render(std::size_t room, std::size_t beside = 0) const {
-        return render_id3v2(tag_, room, beside);
+    std::string render(std::size_t room) const { return render_id3v2(tag_, room); }
+    std::string render(std::size_t room, std::size_t beside, std::size_t most) const {
+        return render_id3v2(tag_, room, beside, most);
     }
 
 private:

@@ -179,10 +179,11 @@ Id3v2Tag parse_id3v2(std::string_view bytes) {
     return tag;
 }
 
-std::string render_id3v2(const Id3v2Tag& tag, std::size_t room, std::size_t beside) {
+std::string render_id3v2(const Id3v2Tag& tag, std::size_t room, std::size_t beside, std::size_t most) {
     std::string frames = render_frames(tag.frames, tag.version);
     const std::size_t needed = header_size + frames.size();
-    const std::size_t size = padded_size(needed + beside, room, {.limit = largest_tag + beside}) - beside;
+    const std::size_t limit = std::min(largest_tag, most) + beside;
+    const std::size_t size = padded_size(needed + beside, room, {.limit = limit}) - beside;
     if (size > largest_tag)
         throw vantaro_io::exception_io("The ID3v2 tag would become larger than 256 MiB");
     std::string result = "ID3";

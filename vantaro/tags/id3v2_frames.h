@@ -2,7 +2,9 @@
 // with their flags: TagLib's frame classes drop or rewrite some of them (see id3v2_fields.h).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -30,9 +32,10 @@ std::size_t id3v2_size(std::string_view bytes);
 Id3v2Tag parse_id3v2(std::string_view bytes);
 
 /// The bytes of a tag with padding, for the place of `room` bytes (see padding.h). A new tag leaves `beside`
-/// bytes of its room to what is new with it, such as the header of a chunk. Throws exception_io when the tag
-/// is larger than ID3v2 allows.
-std::string render_id3v2(const Id3v2Tag& tag, std::size_t room, std::size_t beside = 0);
+/// bytes of its room to what is new with it, such as the header of a chunk. Padding makes the tag no larger
+/// than `most` bytes. Throws exception_io when the tag is larger than ID3v2 allows.
+std::string render_id3v2(const Id3v2Tag& tag, std::size_t room, std::size_t beside = 0,
+                         std::size_t most = std::numeric_limits<std::size_t>::max());
 
 /// The frame's body with the coding that its flags name taken away; nothing when it is compressed or
 /// encrypted.

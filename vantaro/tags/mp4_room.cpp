@@ -25,6 +25,7 @@ constexpr std::size_t header_size = 8;
 // A text item has the header of its own and that of the data.
 constexpr std::size_t smallest_text_item = 24;
 constexpr std::size_t largest_atom = 0xFFFFFFFF;
+constexpr std::size_t largest_offset = 0xFFFFFFFF;
 // TagLib pads a list that outgrows its place to a multiple of this, plus the header of the padding.
 constexpr std::size_t taglib_unit = 1024;
 
@@ -76,6 +77,30 @@ std::optional<Mp4Room> find_room(TagLib::IOStream& stream) {
     return room;
 }
 
+// By how much the file may grow within "moov": TagLib does not notice when the place of audio behind it
+// becomes too large for a table with 32 bits.
+std::size_t most_growth(TagLib::IOStream& stream) {
+    RawFile file(stream);
+    TagLib::MP4::Atoms atoms(&file);
+    TagLib::MP4::Atom* movie = atoms.find("moov");
+    if (movie == nullptr)
+        throw vantaro_io::exception_io_data();
+    constexpr std::size_t head = 12; // header, version and flags; then come the count and the offsets
+    std::size_t last = 0;
+    for (const TagLib::MP4::Atom* atom : movie->findall("stco", true)) {
+        const std::optional<Place> place = place_of(*atom, stream_size(stream));
+        if (!place || place->end - place->start < head + 4)
+            throw vantaro_io::exception_io_data();
+        const TagLib::ByteVector table =
+            to_byte_vector(read_bytes(stream, place->start + head, place->end - place->start - head));
+        const unsigned count = std::min(table.toUInt(0U), table.size() / 4 - 1);
+        for (unsigned i = 1; i <= count; ++i)
+            if (const unsigned offset = table.toUInt(4 * i); offset > movie->offset)
+                last = std::max<std::size_t>(last, offset);
+    }
+    return largest_offset - last;
+}
+
 // Makes TagLib give the item list this size, with one item that fills it.
 void lay_out(TagLib::IOStream& stream, std::size_t list_size) {
     // In a file with overlapping atoms TagLib could take anything for a table of offsets, and its length for
@@ -125,10 +150,10 @@ Mp4Room grow(TagLib::IOStream& stream, const Mp4Room& room, std::size_t size) {
 } // namespace
 
 Mp4Room make_mp4_room(TagLib::IOStream& stream, std::size_t needed) {
-    constexpr PaddingForm form{.header = header_size};
     const std::size_t before = stream_size(stream);
     std::optional<Mp4Room> room = find_room(stream);
     const std::size_t old_size = room ? room->size() : 0;
+    const std::size_t most = most_growth(stream);
     std::size_t around = 0; // the new atoms that hold a new list
     if (!room) {
         lay_out(stream, header_size);
@@ -137,8 +162,14 @@ Mp4Room make_mp4_room(TagLib::IOStream& stream, std::size_t needed) {
             throw vantaro_io::exception_io("The item list could not be written");
         around = stream_size(stream) - before - room->size();
     }
-    const std::size_t size = padded_size(around + needed, old_size, form) - around;
-    return size <= room->size() ? *room : grow(stream, *room, size - room->size());
+    std::size_t size = padded_size(around + needed, old_size, {.header = header_size}) - around;
+    if (size + around > old_size + most)
+        size = needed + header_size; // TagLib cannot lay out every size: the smallest has the best chances
+    if (size > room->size())
+        room = grow(stream, *room, size - room->size());
+    if (stream_size(stream) - before > most)
+        throw vantaro_io::exception_io("The file would become too large for its table of 32-bit offsets");
+    return *room;
 }
 
 void write_mp4_list(TagLib::IOStream& stream, const Mp4Room& room, std::string_view list) {

@@ -3,9 +3,11 @@
 #include "vantaro/tags/audio_file.h"
 #include "vantaro/tags/id3v2_fields.h"
 #include "vantaro/tags/info_fields.h"
+#include "vantaro/tags/stream_bytes.h"
 
 #include <rifffile.h>
 
+#include <algorithm>
 #include <optional>
 
 namespace vantaro::core::tags {
@@ -13,7 +15,14 @@ namespace vantaro::core::tags {
 namespace {
 
 constexpr std::size_t chunk_header_size = 8;
+// Sizes have 32 bits, and so have TagLib's places of chunks. Even, for the byte that pads a chunk.
+constexpr std::size_t largest_file = 0xFFFFFFFE;
 constexpr std::string_view info_mark = "INFO";
+
+/// No chunk when there is no content.
+std::size_t chunk_size(std::size_t content) {
+    return content == 0 ? 0 : chunk_header_size + content + content % 2;
+}
 
 /// TagLib's chunks, without the tags that its own file classes would write.
 class Chunks final : public TagLib::RIFF::File {
@@ -37,7 +46,8 @@ public:
 
 class RiffFile final : public AudioFile {
 public:
-    RiffFile(TagLib::IOStream& stream, Format format) : AudioFile(format), chunks_(stream, format) {
+    RiffFile(TagLib::IOStream& stream, Format format)
+        : AudioFile(format), stream_(stream), chunks_(stream, format) {
         for (unsigned i = 0; i < chunks_.count(); ++i) {
             const std::string name = chunks_.name(i);
             if (!id3v2_ && upper_name(name) == "ID3 ") {
@@ -49,8 +59,10 @@ public:
                 id3v2_name_ = name;
             } else if (!info_ && format == Format::wav && name == "LIST") {
                 const std::string bytes = chunks_.data(i);
-                if (bytes.starts_with(info_mark))
-                    info_.emplace(std::string_view(bytes).substr(info_mark.size()));
+                if (!bytes.starts_with(info_mark))
+                    continue;
+                info_.emplace(std::string_view(bytes).substr(info_mark.size()));
+                info_room_ = bytes.size();
             }
         }
     }
@@ -67,19 +79,35 @@ public:
     TagStore* add_customary_tag() override { return id3v2_ ? nullptr : &id3v2_.emplace(); }
 
     void save() override {
-        const bool is_new = id3v2_room_ == 0;
+        const std::string info = info_ && !info_->empty() ? std::string(info_mark) + info_->render() : "";
+        const std::string id3v2 = render_id3v2_beside(info.size());
         if (id3v2_)
-            put_chunk([this](unsigned i) { return chunks_.name(i) == id3v2_name_; }, id3v2_name_,
-                      id3v2_->empty() ? "" : id3v2_->render(id3v2_room_, is_new ? chunk_header_size : 0));
+            put_chunk([this](unsigned i) { return chunks_.name(i) == id3v2_name_; }, id3v2_name_, id3v2);
         if (info_)
             put_chunk(
                 [this](unsigned i) {
                     return chunks_.name(i) == "LIST" && chunks_.data(i).starts_with(info_mark);
                 },
-                "LIST", info_->empty() ? "" : std::string(info_mark) + info_->render());
+                "LIST", info);
     }
 
 private:
+    // Throws when there is no place for it in the file with an INFO of this size. Padding gets what is left.
+    std::string render_id3v2_beside(std::size_t info_size) const {
+        const std::size_t size = stream_size(stream_);
+        const std::size_t others =
+            size - chunk_size(id3v2_room_) - chunk_size(info_room_) + chunk_size(info_size);
+        std::string bytes;
+        if (id3v2_ && !id3v2_->empty()) {
+            const std::size_t used = others + chunk_header_size;
+            const std::size_t left = used < largest_file ? (largest_file - used) / 2 * 2 : 0;
+            bytes = id3v2_->render(id3v2_room_, id3v2_room_ == 0 ? chunk_header_size : 0, left);
+        }
+        if (std::max(size, others + chunk_size(bytes.size())) > largest_file)
+            throw vantaro_io::exception_io("WAV and AIFF files cannot be larger than 4 GiB");
+        return bytes;
+    }
+
     template <class IsChunk>
     void put_chunk(const IsChunk& is_chunk, const std::string& name, const std::string& bytes) {
         unsigned i = 0;
@@ -91,8 +119,10 @@ private:
             chunks_.append(name, bytes);
     }
 
+    TagLib::IOStream& stream_;
     Chunks chunks_;
     std::size_t id3v2_room_ = 0; ///< the content of the chunk
+    std::size_t info_room_ = 0;  ///< likewise
     std::string id3v2_name_ = "ID3 ";
     std::optional<Id3v2Fields> id3v2_;
     std::optional<InfoFields> info_;

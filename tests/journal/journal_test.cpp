@@ -134,6 +134,14 @@ TEST_F(JournalTest, ATornEndIsTheEnd) {
             std::ranges::count_if(ends, [&](std::uint64_t end) { return end <= size; }));
         ASSERT_EQ(read(open("cut")),
                   std::vector(records.begin(), records.begin() + static_cast<long>(whole)));
+        // A power failure can leave zeros in the place of what was not flushed.
+        const std::string zeros = bytes.substr(0, size) + std::string(bytes.size() - size + 100, '\0');
+        set_bytes("cut", zeros);
+        ASSERT_EQ(static_cast<std::ptrdiff_t>(read(open("cut")).size()),
+                  std::ranges::count_if(ends, [&](std::uint64_t end) {
+                      return zeros.compare(0, end, bytes, 0, end) == 0; // it may have ended in zeros
+                  }));
+        set_bytes("cut", bytes.substr(0, size));
         // What is appended later is found again.
         auto journal = JournalFile::take_over(real_system_calls(), folder.path("cut"));
         ASSERT_TRUE(journal);
@@ -161,6 +169,8 @@ TEST_F(JournalTest, GarbageAmongTheRunsDoesNoHarm) {
     folder.write("runs/00000008.run");
     folder.write("runs/00000009.open", "no journal");
     folder.write("runs/00000010.open");
+    folder.write("runs/00000011.open", "vantaro" + std::string(200, '\0'));
+    folder.write("runs/00000012.open", std::string(200, '\0'));
     folder.write("runs/note.run", "no journal");
     folder.write("runs/00000002.run.bak", "no journal");
     EXPECT_THAT(recover(),

@@ -53,6 +53,12 @@ auto naming(const std::string& path, const Action& action) {
     }
 }
 
+/// Whether not even the whole mark got to the medium: nothing was flushed then.
+bool is_beginning(const std::string& bytes) {
+    const std::size_t zeros = bytes.find_last_not_of('\0') + 1; // where they start
+    return zeros < mark.size() && mark.starts_with(std::string_view(bytes).substr(0, zeros));
+}
+
 bool lock(const OpenFile& file) {
     if (::flock(file.descriptor(), LOCK_EX | LOCK_NB) == 0)
         return true;
@@ -86,9 +92,10 @@ std::optional<JournalFile> JournalFile::take_over(SystemCalls& calls, const std:
         JournalFile journal(OpenFile::open(calls, path, O_RDWR));
         if (!lock(journal.file_))
             return std::nullopt;
-        if (const std::string begun = journal.file_.read(0, mark.size());
-            begun.size() < mark.size() && mark.starts_with(begun)) // not even the mark got there
+        if (is_beginning(journal.file_.read(0, mark.size()))) {
+            journal.file_.truncate(0);
             journal.file_.write(0, mark);
+        }
         JournalReader reader(journal.file_);
         while (reader.next())
             continue;
@@ -141,7 +148,8 @@ std::optional<std::string> JournalReader::read_record(std::uint64_t position, st
     if (stored_head.size() < head_size)
         return std::nullopt;
     const Head head = read_head(stored_head);
-    if (head.size > file_size_ - position - head_size)
+    // After a power failure a file can end in zeros; no record is empty.
+    if (head.size == 0 || head.size > file_size_ - position - head_size)
         return std::nullopt;
     std::string record = file_.read(position + head_size, std::min<std::size_t>(head.size, most));
     if (head.size <= most && checksum(record) != head.checksum)

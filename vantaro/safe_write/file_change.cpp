@@ -180,8 +180,10 @@ FileState settle(SystemCalls& calls, const FileChange& change) {
     const bool is_written = change.method != WriteMethod::replace;
     const OpenFile file = OpenFile::open(calls, change.path, is_written ? O_RDWR : O_RDONLY);
     const FileState state = examine(file, change);
-    if (state != FileState::between)
+    if (state != FileState::between) {
+        file.sync(); // what is seen here may still be in memory only
         return state;
+    }
     bool is_finished = false;
     if (change.method == WriteMethod::shift && file.identity().size == change.new_size) {
         try {

@@ -97,7 +97,8 @@ void put_back(const OpenFile& file, const FileChange& change);
 
 /// Puts a file whose change may have been cut off to its old or its new bytes, removes the temporary file,
 /// and tells which it was: as_before, as_changed, or foreign, which is left alone. They are then on the
-/// medium. A file that is gone is foreign. Throws what OpenFile throws when the file cannot be reached or written.
+/// medium. A file that is gone is foreign. Throws what OpenFile throws when the file cannot be reached or
+/// written.
 FileState settle(SystemCalls& calls, const FileChange& change);
 
 } // namespace vantaro::core

@@ -43,9 +43,9 @@ struct Format {
     bool has_tags = true;
 };
 
-// Each comes to three to five megabytes.
+// Each comes to three to nine megabytes.
 constexpr std::array formats{Format{"MP3", "mp3", "-t 200 -b:a 160k"},
-                             Format{"FLAC", "flac", "-t 30 -ac 2"},
+                             Format{"FLAC", "flac", "-t 60 -ac 2"},
                              Format{"Vorbis", "ogg", "-t 240 -c:a libvorbis -b:a 128k"},
                              Format{"Opus", "opus", "-t 240 -c:a libopus -b:a 128k"},
                              Format{"M4A", "m4a", "-t 200 -c:a aac -b:a 160k -movflags faststart"},

@@ -4,8 +4,9 @@
     fuzz/kill_runs.py build/release/bin/quorvex --rounds 1000
 
 Each round starts a run over files of six formats and kills it (SIGKILL) at a moment anywhere within it. After the next
-start every file has its old or its new bytes, no temporary file and no open journal is left, and undoing the cut-off
-run gives every file its old bytes again. One round in four kills that undo as well.
+start, whatever it is for, every file has its old or its new bytes, no temporary file and no open journal is left, and
+the cut-off run is listed with the files that it changed; undoing it gives every file its old bytes again. One round in
+four kills that undo as well, and one start in four is killed while it puts things right.
 
 Prints what happened and ends with status 1, and keeps the folder, when something was lost; also when no kill landed
 while files were being written. Needs ffmpeg and mutagen.
@@ -21,6 +22,7 @@ import subprocess
 import sys
 import tempfile
 import time
+from collections import Counter
 from pathlib import Path
 
 from mutagen.flac import FLAC, Picture
@@ -92,12 +94,18 @@ def digests(folder):
     return {path.name: hashlib.sha1(path.read_bytes()).digest() for path in folder.iterdir()}
 
 
+def places(folder):
+    """What tells how a file was written: a new one took its place, it was moved within, or neither."""
+    return {path.name: (path.stat().st_ino, path.stat().st_size) for path in folder.iterdir()}
+
+
 class KillRuns:
     def __init__(self, quorvex, files, seed, folder):
         self.quorvex, self.folder, self.random = quorvex, folder, random.Random(seed)
         self.music, self.state = folder / "music", folder / "state"
         self.environment = os.environ | {"XDG_CONFIG_HOME": str(folder / "config"), "XDG_STATE_HOME": str(self.state)}
-        self.kills = self.landed = self.put_back = self.undos_killed = 0
+        self.kills = self.landed = self.put_back = self.undos_killed = self.starts_killed = 0
+        self.methods = Counter()
         (folder / "masters").mkdir()
         (folder / "start").mkdir()
         masters = make_masters(folder / "masters")
@@ -130,9 +138,16 @@ class KillRuns:
         """What a whole run of the script makes, and how long it takes."""
         if (start, script) not in self.references:
             self.begin_at(start)
+            old, where = digests(self.music), places(self.music)
             begin = time.monotonic()
             self.do("run", self.folder / f"{script}.json", self.music)
-            self.references[start, script] = digests(self.music), time.monotonic() - begin
+            seconds = time.monotonic() - begin
+            new = digests(self.music)
+            for name, (inode, size) in places(self.music).items():
+                if new[name] != old[name]:
+                    self.methods["replaced" if inode != where[name][0] else
+                                 "of another size" if size != where[name][1] else "of the same size"] += 1
+            self.references[start, script] = new, seconds
         return self.references[start, script]
 
     def kill(self, seconds, *arguments):
@@ -143,9 +158,16 @@ class KillRuns:
             process.kill()
             return process.wait() < 0
 
-    def check(self, old, new, what):
-        """After the next start; returns how many files are new."""
-        runs = self.do("runs", "--json")
+    def start_again(self):
+        """Whatever is started puts things right first."""
+        starts = [["runs"], ["kinds"], ["tags", self.music], ["preview", self.folder / "edit.json", self.music]]
+        if self.random.random() < 0.25:
+            self.starts_killed += self.kill(self.random.uniform(0, 0.05), *self.random.choice(starts))
+        self.put_back += "was cut off" in self.do(*self.random.choice(starts)).stderr
+
+    def check(self, old, new, number, what):
+        """After the run `number` was killed; returns how many files are new."""
+        self.start_again()
         found = digests(self.music)
         if found.keys() != old.keys():
             raise Lost(f"{what}: {found.keys() ^ old.keys()} is left or gone")
@@ -154,26 +176,31 @@ class KillRuns:
             raise Lost(f"{what}: neither old nor new: {lost}")
         if left := [path.name for path in self.state.glob("vantaro/runs/*") if path.suffix in (".open", ".new")]:
             raise Lost(f"{what}: {left} is left")
-        self.put_back += "was cut off" in runs.stderr
-        return sum(found[name] != old[name] for name in found), [json.loads(line) for line in runs.stdout.splitlines()]
+        changed = sum(found[name] != old[name] for name in found)
+        listed = [json.loads(line) for line in self.do("runs", "--json").stdout.splitlines()]
+        files = [run["files"] for run in listed if run["run"] == number]
+        if files != ([changed] if changed else []):
+            raise Lost(f"{what}: {changed} files are new, run {number} is listed with {files}")
+        if 0 < changed < sum(new[name] != old[name] for name in new) and listed[0].get("state") != "cut off":
+            raise Lost(f"{what}: run {number} is not listed as cut off")
+        return changed
 
     def round(self):
         start, script = self.random.choice([None, "grow", "edit"]), self.random.choice(list(SCRIPTS))
         new, seconds = self.reference(start, script)
         self.begin_at(start)
+        number = 2 if start else 1
         old = digests(self.music)
         self.kills += self.kill(self.random.uniform(0, seconds), "run", self.folder / f"{script}.json", self.music)
-        changed, runs = self.check(old, new, f"{script} after {start}")
+        changed = self.check(old, new, number, f"{script} after {start}")
         self.landed += 0 < changed < sum(new[name] != old[name] for name in new)
         if changed == 0:
             return
         middle = digests(self.music)
-        number = runs[0]["run"]
         if self.random.random() < 0.25:
             self.undos_killed += self.kill(self.random.uniform(0, seconds * changed / len(old)), "undo", number)
-            back, runs = self.check(middle, old, f"undo of {script} after {start}")
-            if back:
-                self.do("undo", runs[0]["run"])  # the part of the undo that was done
+            if self.check(middle, old, number + 1, f"undo of {script} after {start}"):
+                self.do("undo", number + 1)  # the part of the undo that was done
                 if digests(self.music) != middle:
                     raise Lost("the undone undo left other bytes")
         self.do("undo", number)
@@ -204,8 +231,9 @@ def main():
         print(f"LOST: {lost}\nThe files are kept in {folder}")
         return 1
     print(f"{done} rounds over {options.files} files: {work.kills} runs killed at work, {work.landed} of them "
-          f"between two files, {work.put_back} put right by the next start, {work.undos_killed} undos killed; "
-          "nothing lost")
+          f"between two files, {work.put_back} put right by the next start, {work.undos_killed} undos and "
+          f"{work.starts_killed} next starts killed; nothing lost")
+    print("Files written by whole runs:", ", ".join(f"{count} {how}" for how, count in work.methods.items()))
     shutil.rmtree(folder)
     if work.landed == 0:
         print("No kill landed while files were being written: this says nothing.")

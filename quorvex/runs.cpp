@@ -31,10 +31,10 @@ std::string files_text(std::uint64_t count) {
 
 int runs(Session& session, bool json) {
     const std::vector<core::RunSummary> found = session.host.runs().runs();
-    std::map<std::uint64_t, std::uint64_t> undone_by;
+    std::map<std::uint64_t, core::RunSummary> undone_by;
     for (const core::RunSummary& run : found) {
         if (run.start.undoes != 0)
-            undone_by[run.start.undoes] = run.number;
+            undone_by[run.start.undoes] = run;
         const auto undone = undone_by.find(run.number);
         if (json) {
             Json object{{"run", run.number},
@@ -45,7 +45,7 @@ int runs(Session& session, bool json) {
             if (run.start.undoes != 0)
                 object["undoes"] = run.start.undoes;
             if (undone != undone_by.end())
-                object["undone_by"] = undone->second;
+                object["undone_by"] = undone->second.number;
             if (run.is_open || run.was_cut_off)
                 object["state"] = run.is_open ? "open" : "cut off";
             print_json(object);
@@ -57,7 +57,8 @@ int runs(Session& session, bool json) {
         if (run.was_cut_off)
             line += "  (cut off)";
         if (undone != undone_by.end())
-            line += "  (undone by " + std::to_string(undone->second) + ")";
+            line += (undone->second.files < run.files ? "  (partly undone by " : "  (undone by ")
+                    + std::to_string(undone->second.number) + ")";
         print_line(line);
     }
     return core::exit_status::done;

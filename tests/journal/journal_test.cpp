@@ -91,14 +91,6 @@ protected:
     OpenFile open(const std::string& name) const {
         return OpenFile::open(real_system_calls(), folder.path(name), O_RDONLY);
     }
-    /// Makes the first run one that did not come to its end.
-    void cut_off() const {
-        std::filesystem::rename(path(), path("00000001.open"));
-        constexpr std::size_t head = 8;
-        const std::size_t end = head + encode(RunEnd()).size();
-        std::filesystem::resize_file(path("00000001.open"),
-                                     std::filesystem::file_size(path("00000001.open")) - end);
-    }
     void make_runs(int count) const {
         for (int i = 0; i < count; ++i)
             run({{"a", {{10, 5, "HELLO" + std::to_string(i)}}}});
@@ -164,7 +156,7 @@ TEST_F(JournalTest, ATornEndIsTheEnd) {
 TEST_F(JournalTest, GarbageAmongTheRunsDoesNoHarm) {
     folder.write("a", test::pattern(20000));
     make_runs(2);
-    cut_off();
+    cut_off(1);
     folder.write("runs/00000007.run", "no journal");
     folder.write("runs/00000008.run");
     folder.write("runs/00000009.open", "no journal");
@@ -207,7 +199,7 @@ TEST_F(JournalTest, AFileOutOfReachKeepsItsRunOpen) {
         folder.write(name, old_bytes);
     run({{"a", {{10, 5, "HELLO"}}}, {"b", {{10, 5, "HELLO"}}}});
     // As a crash would leave it, half-way through the first file.
-    cut_off();
+    cut_off(1);
     folder.write("elsewhere", test::edited(old_bytes, {{10, 2, "HE"}}));
     std::filesystem::remove(folder.path("a"));
     folder.make_folder("a"); // cannot be opened for writing
@@ -225,14 +217,14 @@ TEST_F(JournalTest, AFileOutOfReachKeepsItsRunOpen) {
 TEST_F(JournalTest, RecoveryLeavesOtherPeoplesChangesAlone) {
     folder.write("a", test::pattern(20000));
     run({{"a", {{10, 5, "HELLO"}}}});
-    cut_off();
+    cut_off(1);
     for (const std::string& bytes :
          {test::edited(test::pattern(20000), {{10, 5, "OTHER"}}), std::string("short")}) {
         folder.write("a", bytes);
         recover();
         EXPECT_EQ(folder.read("a"), bytes);
         if (std::filesystem::exists(path()))
-            cut_off();
+            cut_off(1);
     }
 }
 

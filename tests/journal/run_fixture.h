@@ -95,6 +95,14 @@ protected:
         undo_run(runs, number, {times, 2}, observer, abort);
         return observer.errors;
     }
+    /// Makes a run of one digit one that did not come to its end.
+    void cut_off(std::uint64_t number) const {
+        const std::string path = folder.path("runs/0000000" + std::to_string(number));
+        std::filesystem::rename(path + ".run", path + ".open");
+        constexpr std::size_t head = 8;
+        const std::size_t end = head + encode(RunEnd()).size();
+        std::filesystem::resize_file(path + ".open", std::filesystem::file_size(path + ".open") - end);
+    }
     std::vector<std::string> names_in(const std::string& place) const {
         std::vector<std::string> names;
         std::error_code error; // a folder that is not there has none

@@ -126,6 +126,50 @@ TEST_F(UndoTest, SeveralChangesOfOneFileInARun) {
     EXPECT_EQ(folder.read("a"), old_bytes);
 }
 
+TEST_F(UndoTest, TwoNamesOfOneFileInARun) {
+    const std::string old_bytes = test::pattern(20000);
+    folder.write("a", old_bytes);
+    std::filesystem::create_hard_link(folder.path("a"), folder.path("b"));
+    RunStore runs = store();
+    for (const bool is_cut_off : {false, true}) {
+        const std::uint64_t number = runs.runs().empty() ? 1 : newest() + 1;
+        {
+            RunWriter writer(runs, {1, "test", 0});
+            // There and back again: the first change then looks as if it had never been made.
+            for (const auto& [name, bytes] : {std::pair("a", "HELLO"), std::pair("b", "again")}) {
+                OpenFile file = OpenFile::open_for_change(runs.calls(), folder.path(name));
+                const std::string wanted =
+                    is_cut_off && std::string(name) == "b" ? old_bytes.substr(10, 5) : bytes;
+                const FileEdit edit{file.identity().size, {{10, 5, wanted}}};
+                writer.submit(writer.prepare(std::move(file), edit, {}), [](const WrittenFile&) {});
+                writer.wait();
+            }
+            EXPECT_EQ(writer.finish(), number);
+        }
+        if (is_cut_off) {
+            cut_off(number);
+            recover();
+        }
+        EXPECT_EQ(undo(number), Errors());
+        EXPECT_EQ(folder.read("b"), old_bytes);
+        EXPECT_EQ(undo(newest()), Errors());
+        EXPECT_EQ(undo(newest()), Errors());
+        EXPECT_EQ(folder.read("a"), old_bytes);
+    }
+}
+
+TEST_F(UndoTest, WhatIsBackAlreadyIsNoFailure) {
+    for (const char* name : {"a", "b"})
+        folder.write(name, test::pattern(20000));
+    run({{"a", {{10, 5, "HELLO"}}}, {"b", {{10, 5, "longer"}}}});
+    std::filesystem::rename(folder.path("b"), folder.path("elsewhere"));
+    EXPECT_EQ(undo(1).size(), 1U);
+    std::filesystem::rename(folder.path("elsewhere"), folder.path("b"));
+    EXPECT_EQ(undo(1), Errors());
+    for (const char* name : {"a", "b"})
+        EXPECT_EQ(folder.read(name), test::pattern(20000));
+}
+
 TEST_F(UndoTest, NothingChangedIsNoRun) {
     folder.write("a", "text");
     RunStore runs = store();

@@ -119,20 +119,6 @@ class WritePlaces(ProgramCase):
             self.assert_line(outcome.stderr, path, "File too large")
         self.assertEqual({path.name for path in self.folder.glob(".*")}, set())
 
-    def test_owner_and_permissions_stay(self):
-        if os.getuid() != 0:
-            self.skipTest("only root gives files away")
-        song = self.copy("02", "a.flac")
-        os.chown(song, 1234, 4321)
-        song.chmod(0o604)
-        os.setxattr(song, "user.note", b"kept")
-        before = song.stat()
-        self.assertEqual(self.run_program("quorvex", "run", self.script(*SCRIPTS["grow"]), song).status, 0)
-        after = song.stat()
-        self.assertNotEqual(after.st_size, before.st_size)
-        self.assertEqual([after.st_uid, after.st_gid, after.st_mode], [1234, 4321, before.st_mode])
-        self.assertEqual(os.getxattr(song, "user.note"), b"kept")
-
     def test_read_only_folder(self):
         files = [self.copy(number, f"music/{name}") for name, number in FIVE.items()]
         for path in files:

@@ -28,8 +28,8 @@ public:
         }
         for (const std::string& path : temporary_names_)
             remove(path);
-        for (const auto& [path, last] : last_changes_)
-            settle_change(last);
+        for (const auto& [number, position] : last_changes_)
+            settle_change({number, position});
         end();
     }
 
@@ -47,14 +47,27 @@ private:
             Record record = decode(*bytes);
             if (const auto* name = std::get_if<TemporaryName>(&record))
                 temporary_names_.push_back(name->path);
-            // Of several changes of a file, those before the last one were finished when it began.
             else if (const auto* noted = std::get_if<NotedChange>(&record))
-                last_changes_[noted->change.path] = {noted->number, position};
+                note(noted->number, position, noted->change);
             else if (const auto* outcome = std::get_if<ChangeOutcome>(&record))
                 outcomes_[outcome->number] = *outcome;
             else if (std::holds_alternative<RunEnd>(record))
                 has_ended_ = true;
         }
+    }
+
+    /// Of several changes of a file, those before the last one were finished when it began. Two names of a
+    /// file are known by its inode, which stays unless the file is replaced.
+    void note(std::uint64_t number, std::uint64_t position, const FileChange& change) {
+        const std::pair inode(change.before.device, change.before.inode);
+        if (const auto earlier = by_path_.find(change.path); earlier != by_path_.end())
+            last_changes_.erase(earlier->second);
+        if (const auto earlier = by_inode_.find(inode); earlier != by_inode_.end())
+            last_changes_.erase(earlier->second);
+        last_changes_[number] = position;
+        by_path_[change.path] = number;
+        if (change.method != WriteMethod::replace)
+            by_inode_[inode] = number;
     }
 
     void remove(const std::string& path) {
@@ -114,7 +127,9 @@ private:
     const std::string name_;
     const Report& report_;
     std::vector<std::string> temporary_names_;
-    std::map<std::string, LastChange> last_changes_;
+    std::map<std::uint64_t, std::uint64_t> last_changes_; // number and position
+    std::map<std::string, std::uint64_t> by_path_;
+    std::map<std::pair<std::uint64_t, std::uint64_t>, std::uint64_t> by_inode_;
     std::map<std::uint64_t, ChangeOutcome> outcomes_;
     std::vector<std::string> new_outcomes_;
     std::uint64_t put_back_ = 0;

@@ -4,22 +4,61 @@
 #include "vantaro/journal/run_writer.h"
 #include "vantaro/journal/shrink.h"
 
+#include <algorithm>
+#include <compare>
 #include <map>
 #include <mutex>
 #include <set>
-#include <tuple>
 #include <utility>
+#include <vector>
 
 namespace vantaro::core {
 
 namespace {
 
-/// A state of a file by what survives a remount: device and inode may not.
-using StateKey = std::tuple<std::string, std::uint64_t, std::int64_t>;
+/// A state of a file, which is found by its path (device and inode may not survive a remount) and by its
+/// inode (several names may lead there).
+struct State {
+    std::uint64_t size = 0;
+    std::int64_t modified = 0;
 
-StateKey key_of(const std::string& path, const FileIdentity& identity) {
-    return {path, identity.size, identity.modified};
+    explicit State(const FileIdentity& identity) : size(identity.size), modified(identity.modified) {}
+    friend auto operator<=>(const State&, const State&) = default;
+};
+
+using Inode = std::pair<std::uint64_t, std::uint64_t>;
+
+Inode inode_of(const FileIdentity& identity) {
+    return {identity.device, identity.inode};
 }
+
+/// By the state that a file has after something was taken back: the state with the same bytes before.
+class EarlierStates {
+public:
+    void add(const std::string& path, const FileIdentity& now, const FileIdentity& earlier) {
+        by_path_.insert_or_assign({path, State(now)}, State(earlier));
+        by_inode_.insert_or_assign({inode_of(now), State(now)}, State(earlier));
+    }
+    /// All states with the bytes that the file has now, the present one first.
+    std::vector<State> of(const std::string& path, const FileIdentity& now) const {
+        std::vector<State> states{State(now)};
+        // Two states could lead to each other only in a damaged journal.
+        while (states.size() <= by_path_.size()) {
+            if (const auto found = by_path_.find({path, states.back()}); found != by_path_.end())
+                states.push_back(found->second);
+            else if (const auto same_file = by_inode_.find({inode_of(now), states.back()});
+                     same_file != by_inode_.end())
+                states.push_back(same_file->second);
+            else
+                break;
+        }
+        return states;
+    }
+
+private:
+    std::map<std::pair<std::string, State>, State> by_path_;
+    std::map<std::pair<Inode, State>, State> by_inode_;
+};
 
 class Undo {
 public:
@@ -78,49 +117,48 @@ private:
         for (const MadeChange& made : made_changes(journal)) {
             const FileChange change = read_change(journal, made.position).change;
             if (change.restores)
-                earlier_states_[key_of(change.path, made.after)] = *change.restores;
+                earlier_states_.add(change.path, made.after, *change.restores);
         }
     }
 
     void put_back(StoredChange& stored, const FileIdentity& after) {
         const FileChange& change = stored.change;
-        if (in_work_.contains(change.path)) {
+        OpenFile file = OpenFile::open_for_change(store_.calls(), change.path);
+        if (in_work_.contains(inode_of(file.identity()))) {
             writer_.wait();
             in_work_.clear();
+            file = OpenFile::open_for_change(store_.calls(), change.path);
         }
-        OpenFile file = OpenFile::open_for_change(store_.calls(), change.path);
-        if (!is_as_left(file, change, after))
+        const std::vector<State> states = states_of(change.path, file.identity());
+        const auto is_one = [&](const FileIdentity& identity) {
+            return std::ranges::find(states, State(identity)) != states.end();
+        };
+        if (is_one(change.before)) { // by an undo that did not come to its end
+            tell(change.path, {});
+            return;
+        }
+        if (!is_one(after) || !holds_new_bytes(file, change))
             throw vantaro_io::exception_io("The file has changed since; it was left alone");
         restore_old_bytes(stored, file);
         ChangeOptions options;
         options.restores = change.before;
         if (options_.times)
             options.modified = change.before.modified;
+        in_work_.insert(inode_of(file.identity()));
         PreparedChange prepared = writer_.prepare(std::move(file), inverse_of(change), options);
-        in_work_.insert(change.path);
         writer_.submit(std::move(prepared),
                        [this, path = change.path, before = change.before](const WrittenFile& written) {
                            if (written.error.empty()) {
                                const std::lock_guard lock(mutex_);
-                               earlier_states_[key_of(path, written.identity)] = before;
+                               earlier_states_.add(path, written.identity, before);
                            }
                            tell(path, written.error);
                        });
     }
 
-    bool is_as_left(const OpenFile& file, const FileChange& change, const FileIdentity& after) {
-        StateKey state = key_of(change.path, file.identity());
-        {
-            const std::lock_guard lock(mutex_);
-            // Two states could lead to each other only in a damaged journal.
-            for (std::size_t steps = earlier_states_.size(); steps > 0; --steps) {
-                const auto earlier = earlier_states_.find(state);
-                if (state == key_of(change.path, after) || earlier == earlier_states_.end())
-                    break;
-                state = key_of(change.path, earlier->second);
-            }
-        }
-        return state == key_of(change.path, after) && holds_new_bytes(file, change);
+    std::vector<State> states_of(const std::string& path, const FileIdentity& now) {
+        const std::lock_guard lock(mutex_);
+        return earlier_states_.of(path, now);
     }
 
     void tell(const std::string& path, const std::string& error) {
@@ -135,11 +173,10 @@ private:
     const AbortFlag& abort_;
     const OpenFile journal_;
     const std::vector<MadeChange> changes_;
-    std::set<std::string> in_work_;
+    std::set<Inode> in_work_;
 
     std::mutex mutex_; // guards earlier_states_
-    /// By the state that a file has after something was taken back: the state with the same bytes before.
-    std::map<StateKey, FileIdentity> earlier_states_;
+    EarlierStates earlier_states_;
 
     std::mutex telling_; // guards the report, and the observer
     UndoReport report_;

@@ -40,7 +40,8 @@ public:
 };
 
 /// Takes back a run that has ended. A file that is no longer as the run left it is refused and left alone,
-/// which the observer hears; later runs that were taken back themselves do not count as changes. Ends
+/// which the observer hears; later runs that were taken back themselves do not count as changes. A file that
+/// an earlier undo has put back already counts as put back. Ends
 /// between two files when `abort` is set.
 /// Throws vantaro_io::exception_io when there is no such run, or its journal cannot be read.
 UndoReport undo_run(RunStore& store, std::uint64_t number, const UndoOptions& options, UndoObserver& observer,

@@ -25,6 +25,18 @@ class Preferences(ProgramCase):
                     kept = [path.stat().st_mtime_ns == LONG_AGO for path in files]
                     self.assertEqual(kept, [preferred] * len(files))
 
+    def test_kept_times_do_not_keep_an_undo_from_its_work(self):
+        self.prefer('{"keep_times": true}')
+        files = self.copy_five()
+        states = []
+        for title in ("first title", "other title", "third title"):  # the same length, in place
+            states.append([path.read_bytes() for path in files])
+            self.run_program("quorvex", "run", self.script(set_value("TITLE", title)), *files)
+        for number in (3, 2, 1):
+            outcome = self.run_program("quorvex", "undo", str(number))
+            self.assertEqual((outcome.status, outcome.stderr), (0, ""))
+            self.assertEqual([path.read_bytes() for path in files], states.pop())
+
     def test_room_for_runs_is_bounded(self):
         song = self.copy("06", "a.mp3")
         for title in "abcdef":

@@ -1,11 +1,10 @@
 #include "vantaro/journal/journal_file.h"
 
 #include "host/api/exceptions.h"
+#include "vantaro/common/checksum.h"
 #include "vantaro/common/system_error.h"
 
 #include <QtEndian>
-
-#include <zlib.h>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -26,11 +25,6 @@ struct Head {
     std::uint32_t size = 0;
     std::uint32_t checksum = 0;
 };
-
-std::uint32_t checksum(std::string_view bytes) {
-    return static_cast<std::uint32_t>(
-        ::crc32_z(0, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()));
-}
 
 void append_head(std::string& bytes, const Head& head) {
     std::array<char, head_size> stored{};

@@ -29,16 +29,11 @@ public:
         for (const std::string& path : temporary_names_)
             remove(path);
         for (const auto& [number, position] : last_changes_)
-            settle_change({number, position});
+            settle_change(number, position);
         end();
     }
 
 private:
-    struct LastChange {
-        std::uint64_t number = 0;
-        std::uint64_t position = 0;
-    };
-
     /// Keeps the places of the changes, not the changes: they can be many, and large.
     void read() {
         JournalReader reader(run_.journal.file());
@@ -75,14 +70,14 @@ private:
             report_(name_ + ": " + path + " is a temporary file that could not be removed");
     }
 
-    void settle_change(const LastChange& last) {
-        const auto known = outcomes_.find(last.number);
+    void settle_change(std::uint64_t number, std::uint64_t position) {
+        const auto known = outcomes_.find(number);
         if (known != outcomes_.end() && known->second.is_settled)
             return;
         JournalReader reader(run_.journal.file());
-        reader.seek(last.position);
+        reader.seek(position);
         const FileChange change = std::get<NotedChange>(decode(reader.next().value())).change;
-        ChangeOutcome outcome{last.number, FileState::foreign, {}, true};
+        ChangeOutcome outcome{number, FileState::foreign, {}, true};
         try {
             outcome.state = settle(store_.calls(), change);
             if (outcome.state == FileState::as_changed)
@@ -95,12 +90,12 @@ private:
         }
         const bool was_done = known != outcomes_.end() && known->second.state == FileState::as_changed;
         if (outcome.state == FileState::foreign && was_done)
-            outcome = {last.number, FileState::as_changed, known->second.after, true}; // changed since
+            outcome = {number, FileState::as_changed, known->second.after, true}; // changed since
         else if (outcome.state == FileState::foreign)
             report_(name_ + ": " + change.path + " was changed by another program, and was left alone");
         else if (outcome.state == FileState::as_before && (was_done || known == outcomes_.end()))
             ++put_back_;
-        outcomes_[last.number] = outcome;
+        outcomes_[number] = outcome;
         new_outcomes_.push_back(encode(outcome));
     }
 

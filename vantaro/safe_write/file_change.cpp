@@ -1,9 +1,8 @@
 #include "vantaro/safe_write/file_change.h"
 
 #include "host/api/exceptions.h"
+#include "vantaro/common/checksum.h"
 #include "vantaro/common/system_error.h"
-
-#include <zlib.h>
 
 #include <fcntl.h>
 
@@ -15,11 +14,6 @@
 namespace vantaro::core {
 
 namespace {
-
-std::uint32_t checksum(std::string_view bytes) {
-    return static_cast<std::uint32_t>(
-        ::crc32_z(0, reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()));
-}
 
 /// What a range may look like, byte by byte, while the change is under way. The file holds the range at
 /// `place`; `is_shifted` tells whether the file system has moved its blocks by now.

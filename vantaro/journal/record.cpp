@@ -7,6 +7,7 @@
 #include <QDataStream>
 #include <QIODevice>
 
+#include <concepts>
 #include <type_traits>
 
 namespace vantaro::core {
@@ -75,25 +76,19 @@ private:
 
 // One function a structure lists its members, for writing and for reading.
 
-template <class Stream, class Identity>
-void pass_identity(Stream& stream, Identity& identity) {
+template <class Stream, class T>
+requires std::integral<T>
+void pass(Stream& stream, T& number) {
+    stream.number(number);
+}
+
+template <class Stream, class T>
+requires std::same_as<std::remove_const_t<T>, FileIdentity>
+void pass(Stream& stream, T& identity) {
     stream.number(identity.device);
     stream.number(identity.inode);
     stream.number(identity.size);
     stream.number(identity.modified);
-}
-
-void pass(Writer& stream, const FileIdentity& identity) {
-    pass_identity(stream, identity);
-}
-void pass(Reader& stream, FileIdentity& identity) {
-    pass_identity(stream, identity);
-}
-void pass(Writer& stream, const std::int64_t& value) {
-    stream.number(value);
-}
-void pass(Reader& stream, std::int64_t& value) {
-    stream.number(value);
 }
 
 template <class T>
@@ -108,13 +103,6 @@ void pass_optional(Reader& stream, std::optional<T>& value) {
     stream.number(is_there);
     if (is_there)
         pass(stream, value.emplace());
-}
-
-void pass(Writer& stream, const std::uint64_t& value) {
-    stream.number(value);
-}
-void pass(Reader& stream, std::uint64_t& value) {
-    stream.number(value);
 }
 
 template <class Stream, class Range>
@@ -155,7 +143,7 @@ void pass_list(Reader& stream, std::vector<T>& list) {
 template <class Stream, class Change>
 void pass_change(Stream& stream, Change& change) {
     stream.text(change.path);
-    pass_identity(stream, change.before);
+    pass(stream, change.before);
     stream.number(change.new_size);
     stream.number(change.method);
     stream.number(change.shift_offset);
@@ -181,7 +169,7 @@ void pass_record(Stream& stream, R& record) {
     } else if constexpr (std::is_same_v<Kind, ChangeOutcome>) {
         stream.number(record.number);
         stream.number(record.state);
-        pass_identity(stream, record.after);
+        pass(stream, record.after);
         stream.number(record.is_settled);
     } else if constexpr (std::is_same_v<Kind, RunEnd>) {
         stream.number(record.files);
@@ -189,7 +177,7 @@ void pass_record(Stream& stream, R& record) {
     } else {
         static_assert(std::is_same_v<Kind, KeptChange>);
         pass_change(stream, record.change);
-        pass_identity(stream, record.after);
+        pass(stream, record.after);
         pass_list(stream, record.old_sizes);
     }
 }

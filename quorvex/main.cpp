@@ -12,7 +12,6 @@
 
 #include <cstdint>
 #include <exception>
-#include <limits>
 
 namespace quorvex::command {
 namespace {
@@ -122,7 +121,13 @@ private:
             });
         undo_verb.add_option("RUN", options.run, "Number of a run; without it, the newest")
             ->type_name("")
-            ->check(CLI::Range(std::uint64_t{1}, std::numeric_limits<std::uint64_t>::max()));
+            ->check(CLI::Validator(
+                [](const std::string& text) {
+                    const bool is_number = text.find_first_not_of("0123456789") == std::string::npos
+                                           && text.find_first_not_of('0') != std::string::npos;
+                    return is_number ? std::string() : '"' + text + "\" is no number of a run";
+                },
+                ""));
         undo_verb.add_flag("--times", options.times, "Give the files their old times of change, too");
         json(undo_verb);
     }

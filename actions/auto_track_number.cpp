@@ -1,15 +1,27 @@
 #include "actions/auto_track_number.h"
 
-#include "component/configuration.h"
+#include "actions/pattern_trial.h"
 #include "host/api/system.h"
 
 namespace quorvex {
 
 using namespace vantaro;
 
-Ref<Action> AutoTrackNumber::create() {
-    return create_from_text(text_setting(setting::album_separation_pattern).get());
-}
+namespace {
+
+constexpr Control controls[] = {
+    label("Album separation pattern (leave empty to treat all items as one album):", {4, 4, 232, 8}),
+    edit(1001, {4, 13, 232, 12}, control_flag::scrolls),
+    ok_button(128, 27),
+    cancel_button(184, 27),
+};
+constexpr SettingControl bound[] = {
+    {1001, AutoTrackNumber::pattern, any_text, nullptr, try_title_setting<AutoTrackNumber::pattern>},
+};
+
+} // namespace
+
+constinit const SettingsDialog AutoTrackNumber::dialog{{120, "Auto Track Number", 240, 42, controls}, bound};
 
 void AutoTrackNumber::get_description(TextSink& out) {
     set_text(out, "Auto track number");
@@ -23,9 +35,9 @@ void AutoTrackNumber::apply(TrackHandle*, TrackInfo& info, std::uint32_t index, 
 Guid AutoTrackNumber::get_group_key(TrackHandle* track) {
     if (!uses_group_key())
         return {};
-    const std::string text = album_.format_held(*track);
+    const std::string album = album_.format_held(text(pattern), *track);
     const auto digest = Ref<DigestState>::adopt(required_service<DigestService>()->initialise());
-    digest->process(text.data(), text.size());
+    digest->process(album.data(), album.size());
     return digest->result();
 }
 

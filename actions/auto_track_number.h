@@ -10,27 +10,25 @@
 
 namespace quorvex {
 
-class AutoTrackNumber final : public ActionBase<AutoTrackNumber> {
+class AutoTrackNumber final : public ConfiguredAction<AutoTrackNumber, 1> {
 public:
     static constexpr vantaro::Guid kind = vantaro::guid("{F6D34BCA-5E3D-441B-A76F-39CA11802245}");
     static constexpr const char* menu_name = "Auto track number...";
-
-    /// Starts with the pattern that was last confirmed in the settings dialog.
-    static vantaro::Ref<Action> create();
-    static vantaro::Ref<Action> create_from_text(std::string_view text) {
-        return vantaro::make_service<AutoTrackNumber>(text);
-    }
-    explicit AutoTrackNumber(std::string_view pattern) : album_(pattern) {}
+    enum : std::size_t { pattern };
+    static constexpr Setting settings[] = {
+        {"pattern", SettingForm::rest, {}, &setting::album_separation_pattern}};
+    static const SettingsDialog dialog;
 
     void get_description(vantaro::TextSink& out) override;
-    void get_parameter_text(vantaro::TextSink& out) override { vantaro::set_text(out, album_.pattern()); }
     void apply(vantaro::TrackHandle* track, vantaro::TrackInfo& info, std::uint32_t index,
                std::uint32_t total) override;
-    bool uses_group_key() override { return !album_.pattern().empty(); }
+    bool uses_group_key() override { return !text(pattern).empty(); }
     /// The digest of what the pattern gives for the tags that the host holds.
     vantaro::Guid get_group_key(vantaro::TrackHandle* track) override;
 
 private:
+    void settings_changed() override { album_.drop(); }
+
     TitleScript album_;
 };
 

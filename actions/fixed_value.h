@@ -19,21 +19,15 @@ protected:
 };
 
 template <class Kind>
-class FixedValueAction : public ActionBase<Kind, FixedValueInterface> {
+class FixedValueAction : public ConfiguredAction<Kind, 2, FixedValueInterface> {
 public:
-    static vantaro::Ref<Action> create() { return vantaro::make_service<Kind>(); }
-    /// Throws: vantaro_io::exception_io_data when the text does not hold exactly one line feed.
-    static vantaro::Ref<Action> create_from_text(std::string_view text);
+    enum : std::size_t { field_name, field_value };
+    static constexpr Setting settings[] = {{"field", SettingForm::line}, {"value", SettingForm::line}};
 
     void get_description(vantaro::TextSink& out) override;
-    void get_parameter_text(vantaro::TextSink& out) override;
     void apply(vantaro::TrackHandle* track, vantaro::TrackInfo& info, std::uint32_t index,
                std::uint32_t total) override;
     bool adds() override { return Kind::adds_value; }
-
-private:
-    std::string field_name_;
-    std::string field_value_;
 };
 
 class SetValue final : public FixedValueAction<SetValue> {
@@ -42,6 +36,7 @@ public:
     static constexpr const char* menu_name = "Set value...";
     static constexpr const char* description_start = "Set \"";
     static constexpr bool adds_value = false;
+    static const SettingsDialog dialog;
 };
 
 class AddValue final : public FixedValueAction<AddValue> {
@@ -50,6 +45,7 @@ public:
     static constexpr const char* menu_name = "Add value...";
     static constexpr const char* description_start = "Add \"";
     static constexpr bool adds_value = true;
+    static const SettingsDialog dialog;
 };
 
 extern template class FixedValueAction<SetValue>;

@@ -1,8 +1,7 @@
 #include "actions/format_value.h"
 
 #include "actions/field_provider.h"
-#include "actions/parameter_text.h"
-#include "component/configuration.h"
+#include "actions/pattern_trial.h"
 #include "host/shared/text.h"
 #include "script/field_name.h"
 
@@ -14,32 +13,39 @@ namespace {
 
 constexpr std::uint64_t one_second = 10'000'000; // in units of 100 ns
 
+constexpr Control controls[] = {
+    label("Destination field name:", {4, 4, 78, 8}),
+    field_name_box(1024, 4, 12, 244),
+    label("Formatting pattern:", {4, 28, 66, 8}),
+    drop_down(1008, 4, 36, 244),
+    ok_button(140, 56),
+    cancel_button(196, 56),
+};
+constexpr SettingControl bound[] = {
+    {1024, FormatValue::destination, a_field_name, &field_name_history},
+    {1008, FormatValue::pattern, any_text, &formatting_pattern_history,
+     try_title_setting<FormatValue::pattern>},
+};
+
 } // namespace
 
-Ref<Action> FormatValue::create(CompletionNotify& notify) {
-    return make_service<FormatValue>(notify, "", text_setting(setting::last_formatting_pattern).get());
-}
-
-Ref<Action> FormatValue::create_from_text(CompletionNotify& notify, std::string_view text) {
-    const auto [destination, pattern] = split_lines<2>(text);
-    auto action = make_service<FormatValue>(notify, destination, pattern);
-    action->follow_clock_if_used();
-    return action;
-}
-
-FormatValue::FormatValue(CompletionNotify& notify, std::string_view destination, std::string_view pattern)
-    : destination_(destination), script_(pattern), notify_(&notify) {}
+constinit const SettingsDialog FormatValue::dialog{{126, "Format value", 252, 76, controls}, bound};
 
 FormatValue::~FormatValue() {
     leave_clock();
 }
 
-void FormatValue::follow_clock_if_used() {
+void FormatValue::settings_changed() {
+    script_.drop();
+    leave_clock();
+    {
+        const std::lock_guard lock(mutex_);
+        time_ = 0;
+    }
     std::string lower;
-    uAddStringLower(lower, script_.pattern());
+    uAddStringLower(lower, text(pattern));
     if (lower.find("%now%") == std::string::npos)
         return;
-    leave_clock();
     // First, since the clock may call at once.
     follows_clock_ = true;
     required_service<ClockService>()->register_callback(&clock_, one_second);
@@ -59,15 +65,12 @@ void FormatValue::set_time(std::uint64_t time) {
 }
 
 void FormatValue::get_description(TextSink& out) {
-    set_text(out, "Format \"" + destination_ + "\" using \"" + script_.pattern() + '"');
-}
-
-void FormatValue::get_parameter_text(TextSink& out) {
-    set_text(out, join_two_lines(destination_, script_.pattern_setting()));
+    set_text(out, "Format \"" + text(destination) + "\" using \"" + text(pattern) + '"');
 }
 
 void FormatValue::apply(TrackHandle* track, TrackInfo& info, std::uint32_t index, std::uint32_t total) {
-    if (!is_valid_field_name(destination_))
+    const std::string& field_name = text(destination);
+    if (!is_valid_field_name(field_name))
         return;
     std::uint64_t now = 0;
     {
@@ -75,10 +78,10 @@ void FormatValue::apply(TrackHandle* track, TrackInfo& info, std::uint32_t index
         now = time_;
     }
     FieldProvider fields(index, total, now);
-    const std::string result = script_.format(*track, info, &fields);
+    const std::string result = script_.format(text(pattern), *track, info, &fields);
     if (!result.empty()) {
-        info.set_field(destination_.c_str(), result.c_str());
-    } else if (const std::size_t field = info.find_field(destination_.c_str()); field != no_field) {
+        info.set_field(field_name.c_str(), result.c_str());
+    } else if (const std::size_t field = info.find_field(field_name.c_str()); field != no_field) {
         info.remove_fields(MaskOne(field));
     }
 }

@@ -13,20 +13,20 @@
 
 namespace quorvex {
 
-class FormatValue final : public ActionBase<FormatValue> {
+class FormatValue final : public ConfiguredAction<FormatValue, 2> {
 public:
     static constexpr vantaro::Guid kind = vantaro::guid("{48F67226-8A33-409F-A0DF-FFB157DF1B7E}");
     static constexpr const char* menu_name = "Format value from other fields...";
+    enum : std::size_t { destination, pattern };
+    static constexpr Setting settings[] = {
+        {"field", SettingForm::line}, {"pattern", SettingForm::line, {}, &setting::last_formatting_pattern}};
+    static const SettingsDialog dialog;
 
-    /// Starts with the pattern that was last confirmed in the settings dialog, and without the clock.
-    static vantaro::Ref<Action> create(vantaro::CompletionNotify& notify);
-    /// Throws: vantaro_io::exception_io_data when the text does not hold exactly one line feed.
-    static vantaro::Ref<Action> create_from_text(vantaro::CompletionNotify& notify, std::string_view text);
-    FormatValue(vantaro::CompletionNotify& notify, std::string_view destination, std::string_view pattern);
+    /// A new action does not follow the clock, whatever its pattern: one that was read or confirmed does.
+    explicit FormatValue(vantaro::CompletionNotify& notify) : notify_(&notify) {}
     ~FormatValue() override;
 
     void get_description(vantaro::TextSink& out) override;
-    void get_parameter_text(vantaro::TextSink& out) override;
     void apply(vantaro::TrackHandle* track, vantaro::TrackInfo& info, std::uint32_t index,
                std::uint32_t total) override;
 
@@ -41,11 +41,10 @@ private:
         FormatValue& action_;
     };
 
-    void follow_clock_if_used();
+    void settings_changed() override;
     void leave_clock();
     void set_time(std::uint64_t time);
 
-    std::string destination_;
     TitleScript script_;
     const Ref<vantaro::CompletionNotify> notify_;
     Clock clock_{*this};

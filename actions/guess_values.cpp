@@ -2,8 +2,7 @@
 
 #include "actions/field_provider.h"
 #include "actions/guess_matcher.h"
-#include "actions/parameter_text.h"
-#include "component/configuration.h"
+#include "actions/pattern_trial.h"
 #include "host/filesystem_access.h"
 
 #include <algorithm>
@@ -30,7 +29,51 @@ std::string_view without_extension(std::string_view file_name) {
     return dot == std::string_view::npos || dot == 0 ? file_name : file_name.substr(0, dot);
 }
 
+PatternResult try_file_name(std::span<const std::string> texts, const PatternSample* sample) {
+    if (!sample)
+        return {};
+    const std::string path = filesystem::g_get_display_path(sample->track->path());
+    TrackInfoRecord fields;
+    guess_fields_from_path(fields, path, texts[GuessFromFileName::pattern]);
+    std::string_view rest = path;
+    return guessed(fields, take_last_part(rest));
+}
+
+PatternResult try_source(std::span<const std::string> texts, const PatternSample* sample) {
+    PatternResult source = try_title_pattern(texts[GuessFromFields::source], sample);
+    return !sample || source.is_error ? source
+                                      : try_guess_pattern(source.text, texts[GuessFromFields::pattern]);
+}
+
+constexpr Control file_name_controls[] = {
+    label("Scheme:", {5, 3, 32, 8}),
+    drop_down(1007, 4, 12, 252),
+    ok_button(148, 28),
+    cancel_button(204, 28),
+};
+constexpr SettingControl bound_file_name[] = {
+    {1007, GuessFromFileName::pattern, a_pattern, &guess_pattern_history, try_file_name},
+};
+constexpr Control fields_controls[] = {
+    label("Source format:", {4, 4, 92, 8}),
+    drop_down(1028, 4, 12, 252),
+    label("Guessing pattern:", {4, 28, 136, 8}),
+    drop_down(1008, 4, 37, 252),
+    ok_button(148, 56),
+    cancel_button(204, 56),
+};
+constexpr SettingControl bound_fields[] = {
+    {1028, GuessFromFields::source, a_pattern, &formatting_pattern_history,
+     try_title_setting<GuessFromFields::source>},
+    {1008, GuessFromFields::pattern, a_pattern, &guess_pattern_history, try_source},
+};
+
 } // namespace
+
+constinit const SettingsDialog GuessFromFileName::dialog{
+    {127, "Guess value from filename", 260, 44, file_name_controls}, bound_file_name};
+constinit const SettingsDialog GuessFromFields::dialog{
+    {130, "Guess value from other fields", 260, 74, fields_controls}, bound_fields};
 
 void guess_fields_from_path(TrackInfo& target, std::string_view path, std::string_view pattern) {
     for (bool is_file_name = true; !path.empty() && !pattern.empty(); is_file_name = false) {
@@ -41,39 +84,21 @@ void guess_fields_from_path(TrackInfo& target, std::string_view path, std::strin
     }
 }
 
-Ref<Action> GuessFromFileName::create() {
-    return create_from_text(text_setting(setting::last_guess_pattern).get());
-}
-
 void GuessFromFileName::get_description(TextSink& out) {
-    set_text(out, "Guess values from filename: \"" + pattern_ + '"');
+    set_text(out, "Guess values from filename: \"" + text(pattern) + '"');
 }
 
 void GuessFromFileName::apply(TrackHandle* track, TrackInfo& info, std::uint32_t, std::uint32_t) {
-    guess_fields_from_path(info, filesystem::g_get_display_path(track->path()), pattern_);
-}
-
-Ref<Action> GuessFromFields::create() {
-    return make_service<GuessFromFields>(text_setting(setting::last_guess_pattern).get(), "");
-}
-
-Ref<Action> GuessFromFields::create_from_text(std::string_view text) {
-    const auto [pattern, source] = split_first_line(text);
-    return make_service<GuessFromFields>(pattern, source);
+    guess_fields_from_path(info, filesystem::g_get_display_path(track->path()), text(pattern));
 }
 
 void GuessFromFields::get_description(TextSink& out) {
     set_text(out, "Guess value from other fields");
 }
 
-void GuessFromFields::get_parameter_text(TextSink& out) {
-    replace_line_feeds(pattern_);
-    set_text(out, pattern_ + '\n' + source_.pattern());
-}
-
 void GuessFromFields::apply(TrackHandle* track, TrackInfo& info, std::uint32_t index, std::uint32_t total) {
     FieldProvider fields(index, total, 0);
-    guess_fields(info, source_.format(*track, info, &fields), pattern_);
+    guess_fields(info, source_script_.format(text(source), *track, info, &fields), text(pattern));
 }
 
 } // namespace quorvex

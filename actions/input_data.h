@@ -6,31 +6,26 @@
 
 #include "actions/action_base.h"
 
-#include <cstdint>
-#include <string>
 #include <vector>
 
 namespace quorvex {
 
-class InputData final : public ActionBase<InputData> {
+class InputData final : public ConfiguredAction<InputData, 2> {
 public:
     static constexpr vantaro::Guid kind = vantaro::guid("{5A2336D8-45E4-4E5A-97EF-DF28CB113BE3}");
     static constexpr const char* menu_name = "Input data (one line per track)...";
-
-    /// Starts with the pattern that was last confirmed in the settings dialog, and no data.
-    static vantaro::Ref<Action> create();
-    /// Throws: vantaro_io::exception_io_data when the text holds no line feed.
-    static vantaro::Ref<Action> create_from_text(std::string_view text);
-    InputData(std::string_view scheme, std::string_view data);
+    enum : std::size_t { scheme, data };
+    static constexpr Setting settings[] = {
+        {"pattern", SettingForm::line, {}, &setting::last_input_data_scheme}, {"data", SettingForm::rest}};
+    static const SettingsDialog dialog;
 
     void get_description(vantaro::TextSink& out) override { vantaro::set_text(out, menu_name); }
-    void get_parameter_text(vantaro::TextSink& out) override;
     void apply(vantaro::TrackHandle* track, vantaro::TrackInfo& info, std::uint32_t index,
                std::uint32_t total) override;
 
 private:
-    std::string scheme_;
-    std::string data_;
+    void settings_changed() override;
+
     /// Where each line starts. A line ends at a line feed; what follows a carriage return in it is no part of
     /// it.
     std::vector<std::size_t> line_starts_;

@@ -6,31 +6,38 @@
 
 namespace quorvex {
 
-void reject_parameter_text() {
-    throw vantaro_io::exception_io_data();
+std::vector<std::string> split_settings(std::span<const Setting> settings, std::string_view parameters) {
+    std::vector<std::string> texts;
+    for (const Setting& setting : settings) {
+        const bool is_last = &setting == &settings.back();
+        const std::size_t end = is_last ? parameters.size() : parameters.find('\n');
+        if (end == std::string_view::npos)
+            throw vantaro_io::exception_io_data();
+        const std::string_view text = parameters.substr(0, end);
+        if (is_last && setting.form != SettingForm::rest && text.find('\n') != std::string_view::npos)
+            throw vantaro_io::exception_io_data();
+        if (setting.form == SettingForm::case_flag && text != "c" && text != "n")
+            throw vantaro_io::exception_io_data();
+        texts.emplace_back(text);
+        parameters.remove_prefix(std::min(end + 1, parameters.size()));
+    }
+    return texts;
 }
 
-void replace_line_feeds(std::string& setting) {
-    std::ranges::replace(setting, '\n', '|');
+std::string join_settings(std::span<const std::string> texts) {
+    std::string parameters;
+    for (const std::string& text : texts) {
+        if (&text != &texts.front())
+            parameters += '\n';
+        parameters += text;
+    }
+    return parameters;
 }
 
-std::pair<std::string_view, std::string_view> split_first_line(std::string_view text) {
-    const std::size_t end = text.find('\n');
-    if (end == std::string_view::npos)
-        reject_parameter_text();
-    return {text.substr(0, end), text.substr(end + 1)};
-}
-
-bool read_case_flag(std::string_view text) {
-    if (text != "c" && text != "n")
-        reject_parameter_text();
-    return text == "c";
-}
-
-std::string join_two_lines(std::string& first, std::string& second) {
-    replace_line_feeds(first);
-    replace_line_feeds(second);
-    return first + '\n' + second;
+void replace_line_feeds(std::span<const Setting> settings, std::span<std::string> texts) {
+    for (std::size_t i = 0; i < settings.size(); ++i)
+        if (settings[i].form == SettingForm::line)
+            std::ranges::replace(texts[i], '\n', '|');
 }
 
 } // namespace quorvex

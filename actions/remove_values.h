@@ -5,28 +5,21 @@
 
 #include "actions/action_base.h"
 
-#include <string>
-
 namespace quorvex {
 
-class RemoveValues final : public ActionBase<RemoveValues> {
+class RemoveValues final : public ConfiguredAction<RemoveValues, 3> {
 public:
     static constexpr vantaro::Guid kind = vantaro::guid("{CB1F5EF2-7865-40E7-8DDE-D51C3721AC79}");
     static constexpr const char* menu_name = "Remove values...";
-
-    static vantaro::Ref<Action> create() { return vantaro::make_service<RemoveValues>(); }
-    /// Throws: vantaro_io::exception_io_data.
-    static vantaro::Ref<Action> create_from_text(std::string_view text);
+    enum : std::size_t { field_name, values, case_sensitive };
+    static constexpr Setting settings[] = {{"field", SettingForm::line},
+                                           {"values", SettingForm::line},
+                                           {"case-sensitive", SettingForm::case_flag, "n"}};
+    static const SettingsDialog dialog;
 
     void get_description(vantaro::TextSink& out) override;
-    void get_parameter_text(vantaro::TextSink& out) override;
     void apply(vantaro::TrackHandle* track, vantaro::TrackInfo& info, std::uint32_t index,
                std::uint32_t total) override;
-
-private:
-    std::string field_name_;
-    std::string values_;
-    bool case_sensitive_ = false;
 };
 
 } // namespace quorvex

@@ -1,7 +1,5 @@
 #include "actions/split_field.h"
 
-#include "actions/parameter_text.h"
-
 #include <algorithm>
 #include <vector>
 
@@ -27,7 +25,23 @@ void add_parts(std::string_view value, std::string_view separator, std::vector<s
     }
 }
 
+constexpr Control controls[] = {
+    label("Field name:", {4, 4, 66, 8}),
+    field_name_box(1024, 4, 12, 244),
+    label("Separator:", {4, 28, 78, 8}),
+    edit(1023, {4, 36, 244, 12}, control_flag::scrolls),
+    ok_button(140, 56),
+    cancel_button(196, 56),
+};
+constexpr SettingControl bound[] = {
+    {1024, SplitField::field_name, a_field_name, &field_name_history},
+    {1023, SplitField::separator, not_empty("Please enter a separator string.")},
+};
+
 } // namespace
+
+constinit const SettingsDialog SplitField::dialog{{129, "Split field by separator", 252, 76, controls},
+                                                  bound};
 
 bool split_field(const char* field_name, std::string_view separator, TrackInfo& info) {
     const std::size_t field = info.find_field(field_name);
@@ -44,25 +58,12 @@ bool split_field(const char* field_name, std::string_view separator, TrackInfo& 
     return true;
 }
 
-Ref<Action> SplitField::create_from_text(std::string_view text) {
-    const auto [name, separator] = split_first_line(text);
-    auto action = make_service<SplitField>();
-    action->field_name_ = name;
-    action->separator_ = separator;
-    return action;
-}
-
 void SplitField::get_description(TextSink& out) {
-    set_text(out, "Split \"" + field_name_ + "\" field by \"" + separator_ + "\" separator");
-}
-
-void SplitField::get_parameter_text(TextSink& out) {
-    replace_line_feeds(field_name_);
-    set_text(out, field_name_ + '\n' + separator_);
+    set_text(out, "Split \"" + text(field_name) + "\" field by \"" + text(separator) + "\" separator");
 }
 
 void SplitField::apply(TrackHandle*, TrackInfo& info, std::uint32_t, std::uint32_t) {
-    split_field(field_name_.c_str(), separator_, info);
+    split_field(text(field_name).c_str(), text(separator), info);
 }
 
 void SplitArtists::apply(TrackHandle*, TrackInfo& info, std::uint32_t, std::uint32_t) {

@@ -6,8 +6,6 @@
 
 #include "actions/action_base.h"
 
-#include <string>
-
 namespace quorvex {
 
 /// Replaces the field's values by the parts between the separators. Blanks before each part, and behind each
@@ -15,23 +13,18 @@ namespace quorvex {
 /// whether the field was rewritten.
 bool split_field(const char* field_name, std::string_view separator, vantaro::TrackInfo& info);
 
-class SplitField final : public ActionBase<SplitField> {
+class SplitField final : public ConfiguredAction<SplitField, 2> {
 public:
     static constexpr vantaro::Guid kind = vantaro::guid("{52D8A1D3-C2AE-4A28-9B37-0B711A8A24AD}");
     static constexpr const char* menu_name = "Split field by separator...";
-
-    static vantaro::Ref<Action> create() { return vantaro::make_service<SplitField>(); }
-    /// Throws: vantaro_io::exception_io_data when the text holds no line feed.
-    static vantaro::Ref<Action> create_from_text(std::string_view text);
+    enum : std::size_t { field_name, separator };
+    static constexpr Setting settings[] = {{"field", SettingForm::line, "ARTIST"},
+                                           {"separator", SettingForm::rest, ","}};
+    static const SettingsDialog dialog;
 
     void get_description(vantaro::TextSink& out) override;
-    void get_parameter_text(vantaro::TextSink& out) override;
     void apply(vantaro::TrackHandle* track, vantaro::TrackInfo& info, std::uint32_t index,
                std::uint32_t total) override;
-
-private:
-    std::string field_name_ = "ARTIST";
-    std::string separator_ = ",";
 };
 
 class SplitArtists final : public SettinglessAction<SplitArtists> {

@@ -1,8 +1,9 @@
 // A title-formatting pattern as actions use it: compiled when it is first needed, kept until the pattern
 // changes.
 //
-//     TitleScript script(pattern);
-//     std::string text = script.format(track, info, &fields);
+//     TitleScript script;
+//     std::string text = script.format(pattern, track, info, &fields);
+//     script.drop();      // when the pattern has changed
 //
 // One run at a time.
 #pragma once
@@ -20,23 +21,18 @@ inline constexpr const char* error_pattern = "<ERROR>";
 
 class TitleScript {
 public:
-    TitleScript() = default;
-    explicit TitleScript(std::string_view pattern) : pattern_(pattern) {}
-
-    const std::string& pattern() const { return pattern_; }
-    /// The setting itself; the compiled script does not change with it.
-    std::string& pattern_setting() { return pattern_; }
+    /// Forgets what was compiled.
+    void drop() { script_ = nullptr; }
 
     /// Formats the given tags. `hook` may be nullptr.
-    std::string format(vantaro::TrackHandle& track, const vantaro::TrackInfo& info,
-                       vantaro::TitleFormatHook* hook);
+    std::string format(const std::string& pattern, vantaro::TrackHandle& track,
+                       const vantaro::TrackInfo& info, vantaro::TitleFormatHook* hook);
     /// Formats what the host holds of the track's tags.
-    std::string format_held(vantaro::TrackHandle& track);
+    std::string format_held(const std::string& pattern, vantaro::TrackHandle& track);
 
 private:
-    vantaro::TitleFormatScript& compiled();
+    vantaro::TitleFormatScript& compiled(const std::string& pattern);
 
-    std::string pattern_;
     Ref<vantaro::TitleFormatScript> script_;
 };
 

@@ -89,32 +89,34 @@ private:
 
 using MakeScript = Script();
 
+template <class Kind>
+Ref<Action> make(const char* parameters) {
+    return Kind::create_from_text(*make_service<IgnoreCompletion>(), parameters);
+}
+
 Script fixed_script() {
-    return {SetValue::create_from_text("ALBUMARTIST\nTidewright Ensemble"),
-            AddValue::create_from_text("GENRE\nFolk"),
-            CopyValues::create_from_text("ARTIST\nPERFORMER"),
-            make_service<SplitArtists>(),
-            SplitField::create_from_text("PERFORMER\n, "),
-            ReplaceValue::create_from_text("GENRE\nambient\nCalm\nn"),
-            RemoveValues::create_from_text("ARTIST\nmara quillon;nobody\nn"),
-            GuessFromFileName::create_from_text("%band%/%folder%/%n% - %song%"),
-            RemoveField::create_from_text("COMMENT"),
-            RemoveAllFieldsExcept::create_from_text("title;artist;album;tracknumber;genre;date;performer")};
+    return {make<SetValue>("ALBUMARTIST\nTidewright Ensemble"),
+            make<AddValue>("GENRE\nFolk"),
+            make<CopyValues>("ARTIST\nPERFORMER"),
+            make<SplitArtists>(""),
+            make<SplitField>("PERFORMER\n, "),
+            make<ReplaceValue>("GENRE\nambient\nCalm\nn"),
+            make<RemoveValues>("ARTIST\nmara quillon;nobody\nn"),
+            make<GuessFromFileName>("%band%/%folder%/%n% - %song%"),
+            make<RemoveField>("COMMENT"),
+            make<RemoveAllFieldsExcept>("title;artist;album;tracknumber;genre;date;performer")};
 }
 
 Script formatting_script() {
-    const auto format = [](const char* parameters) {
-        return FormatValue::create_from_text(*make_service<IgnoreCompletion>(), parameters);
-    };
     Script script = fixed_script();
-    script[2] = format("SORT\n%list_index%/%list_total% $upper(%artist%)[ - %title%]");
-    script[7] = GuessFromFields::create_from_text("%first% %rest%\n%title%");
+    script[2] = make<FormatValue>("SORT\n%list_index%/%list_total% $upper(%artist%)[ - %title%]");
+    script[7] = make<GuessFromFields>("%first% %rest%\n%title%");
     return script;
 }
 
 Script numbering_script() {
     Script script = formatting_script();
-    script[0] = AutoTrackNumber::create_from_text("%album%");
+    script[0] = make<AutoTrackNumber>("%album%");
     return script;
 }
 

@@ -1,5 +1,6 @@
 #include "quorvex/script_json.h"
 
+#include "actions/parameter_text.h"
 #include "actions/setting_table.h"
 #include "host/api/completion.h"
 #include "host/api/exceptions.h"
@@ -45,7 +46,7 @@ Guid kind_of(const Json& action, const std::vector<ActionMenuEntry>& menu, const
     return entry->type->get_guid();
 }
 
-std::string setting_text(const SettingName& setting, const Json& value, const std::string& where) {
+std::string setting_text(const Setting& setting, const Json& value, const std::string& where) {
     const std::string quoted = '"' + std::string(setting.name) + '"';
     if (setting.form == SettingForm::case_flag) {
         if (!value.is_boolean())
@@ -63,26 +64,26 @@ std::string setting_text(const SettingName& setting, const Json& value, const st
 }
 
 std::string parameters_of(const Json& action, const Guid& kind, const std::string& where) {
-    constexpr SettingName raw{"parameters", SettingForm::rest};
-    const KindSettings* settings = settings_of(kind);
+    constexpr Setting raw{"parameters", SettingForm::rest};
+    const auto settings = settings_of(kind);
     const bool is_raw = action.contains(raw.name);
     std::vector<std::string> texts;
     if (settings && !is_raw)
-        for (const SettingName& setting : settings->settings)
+        for (const Setting& setting : *settings)
             texts.emplace_back(setting.form == SettingForm::case_flag ? "n" : "");
     for (const auto& [name, value] : action.items()) {
         if (name == "kind" || (is_raw && name == raw.name))
             continue;
         std::size_t index = 0;
-        while (index < texts.size() && settings->settings[index].name != name)
+        while (index < texts.size() && (*settings)[index].name != name)
             ++index;
         if (index == texts.size())
             reject(where, "this kind has no setting \"" + name + '"');
-        texts[index] = setting_text(settings->settings[index], value, where);
+        texts[index] = setting_text((*settings)[index], value, where);
     }
     if (is_raw)
         return setting_text(raw, action.at(raw.name), where);
-    return settings ? join_settings(*settings, texts) : std::string();
+    return settings ? join_settings(texts) : std::string();
 }
 
 StoredAction action_from(const Json& action, const std::vector<ActionMenuEntry>& menu,
@@ -98,9 +99,9 @@ StoredAction action_from(const Json& action, const std::vector<ActionMenuEntry>&
     return stored;
 }
 
-void add_settings(Json& action, const KindSettings& kind, const std::vector<std::string>& texts) {
+void add_settings(Json& action, std::span<const Setting> settings, const std::vector<std::string>& texts) {
     for (std::size_t i = 0; i < texts.size(); ++i) {
-        const SettingName& setting = kind.settings[i];
+        const Setting& setting = settings[i];
         if (setting.form == SettingForm::case_flag)
             action[std::string(setting.name)] = texts[i] == "c";
         else
@@ -114,8 +115,8 @@ Json action_to(const StoredAction& stored, const std::vector<ActionMenuEntry>& m
     Json action{
         {"kind", entry == menu.end() ? to_text(stored.kind) : std::string(without_mark(entry->name))}};
     try {
-        if (const KindSettings* kind = settings_of(stored.kind)) {
-            add_settings(action, *kind, split_settings(*kind, stored.parameters));
+        if (const auto settings = settings_of(stored.kind)) {
+            add_settings(action, *settings, split_settings(*settings, stored.parameters));
             return action;
         }
     } catch (const vantaro_io::exception_io_data&) {

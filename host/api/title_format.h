@@ -33,6 +33,19 @@ protected:
     ~TitleFormatCompiler() = default;
 };
 
+/// Tells people what is wrong with a pattern. A host need not offer it.
+class TitleFormatDiagnosis : public ServiceBase {
+public:
+    static constexpr Guid class_guid = guid("{7A94D3B2-61CE-4F08-9B57-E2C40D8A1F63}");
+
+    /// Returns false for a pattern that compiles, and sets nothing. Otherwise sets a sentence that says why
+    /// it does not, and in `position` the byte of the pattern, from 0, where that shows.
+    virtual bool explain(const char* pattern, TextSink& text, std::size_t& position) = 0;
+
+protected:
+    ~TitleFormatDiagnosis() = default;
+};
+
 /// Where a running script writes.
 class TitleFormatOutput {
 public:

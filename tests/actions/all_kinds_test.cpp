@@ -1,5 +1,6 @@
 // What holds for all built-in kinds, as the component registers them.
 
+#include "actions/parameter_text.h"
 #include "actions/setting_table.h"
 #include "tests/actions/kinds_fixture.h"
 
@@ -80,27 +81,27 @@ TEST_F(AllKinds, SettingsHaveNames) {
     for (const ActionMenuEntry& entry : action_menu()) {
         const Example& example =
             *std::ranges::find_if(examples, [&](const Example& row) { return entry.name == row.name; });
-        const KindSettings* settings = settings_of(entry.type->get_guid());
+        const auto settings = settings_of(entry.type->get_guid());
         ASSERT_TRUE(settings) << entry.name;
         const std::vector<std::string> texts = split_settings(*settings, example.parameters);
         std::string text;
         for (std::size_t i = 0; i < texts.size(); ++i)
-            text += std::string(settings->settings[i].name) + '=' + texts[i] + '|';
+            text += std::string((*settings)[i].name) + '=' + texts[i] + '|';
         EXPECT_EQ(text, example.settings);
-        EXPECT_EQ(join_settings(*settings, texts), example.parameters);
+        EXPECT_EQ(join_settings(texts), example.parameters);
         // The table finds malformed what the kind does.
         for (const char* other :
              {"", "a", "a\nb", "a\nb\nc", "a\nb\nx", "a\nb\nc\nn", "a\nb\nc\nd\nn", "\n\n\n\n"}) {
-            if (settings->settings.empty())
+            if (settings->empty())
                 continue;
-            const bool is_split =
-                test::failure_of([&] {
-                    EXPECT_EQ(join_settings(*settings, split_settings(*settings, other)), other);
-                }).empty();
-            EXPECT_EQ(is_split, bool(instantiate({settings->kind, other}, *notify_))) << entry.name << other;
+            const bool is_split = test::failure_of([&] {
+                                      EXPECT_EQ(join_settings(split_settings(*settings, other)), other);
+                                  }).empty();
+            EXPECT_EQ(is_split, bool(instantiate({entry.type->get_guid(), other}, *notify_)))
+                << entry.name << other;
         }
     }
-    EXPECT_EQ(settings_of(Guid()), nullptr);
+    EXPECT_FALSE(settings_of(Guid()));
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "actions/fixed_value.h"
 
-#include "actions/parameter_text.h"
 #include "script/field_name.h"
 #include "tests/support/failures.h"
 #include "tests/support/fake_host.h"
@@ -108,10 +107,10 @@ TEST_F(FixedValue, ParameterTextIsTwoLines) {
                 << text;
     }
     // What is typed on two lines is kept as one, from then on in the settings too.
-    std::string name = "A\nB";
-    std::string value = "x\r\ny\n";
-    EXPECT_EQ(join_two_lines(name, value), "A|B\nx\r|y|");
-    EXPECT_EQ(name + '/' + value, "A|B/x\r|y|");
+    const auto typed = make_service<SetValue>();
+    typed->accept({"A\nB", "x\r\ny\n"});
+    EXPECT_EQ(parameters(*typed), "A|B\nx\r|y|");
+    EXPECT_EQ(typed->texts()[0] + '/' + typed->texts()[1], "A|B/x\r|y|");
 }
 
 TEST_F(FixedValue, DialogIsCancelledWhereThereAreNone) {

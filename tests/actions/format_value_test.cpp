@@ -100,7 +100,8 @@ TEST_F(FormatKind, Texts) {
                   {"\n" + test::repeat("x", 300), "Format \"\" using \"" + test::repeat("x", 300) + '"'}});
     expect_rejected(kind, {"", "A", "A\nb\n", "A\nb\nc"});
     EXPECT_EQ(defaults(kind), "\n%artist% - %title%");
-    const auto typed = make_service<FormatValue>(*notify_, "A\nB", "x\ny");
+    const auto typed = make_service<FormatValue>(*notify_);
+    typed->accept({"A\nB", "x\ny"});
     EXPECT_EQ(parameters(*typed), "A|B\nx|y");
     EXPECT_EQ(description(*typed), "Format \"A|B\" using \"x|y\"") << "the settings have changed too";
 }

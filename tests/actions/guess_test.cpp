@@ -134,7 +134,8 @@ TEST_F(GuessKinds, FromFields) {
     EXPECT_EQ(host_.take_events(), "") << "no clock";
 
     // Line feeds in the pattern become "|" for good, those in the source stay.
-    const auto typed = make_service<GuessFromFields>("%a%\n%b%", "1\n2|3");
+    const auto typed = make_service<GuessFromFields>();
+    typed->accept({"%a%\n%b%", "1\n2|3"});
     EXPECT_EQ(parameters(*typed), "%a%|%b%\n1\n2|3");
     TrackInfoRecord info;
     typed->apply(&track_, info, 0, 1);
@@ -166,7 +167,9 @@ TEST_F(GuessKinds, InputDataGivesEachTrackALine) {
                                    {"\n", "Input data (one line per track)..."}});
     expect_rejected(InputData::kind, {"", "%title%"});
     EXPECT_EQ(defaults(InputData::kind), "%tracknumber%. %title%\n");
-    EXPECT_EQ(parameters(*make_service<InputData>("%a%\n%b%", "x\ny")), "%a%|%b%\nx\ny");
+    const auto typed = make_service<InputData>();
+    typed->accept({"%a%\n%b%", "x\ny"});
+    EXPECT_EQ(parameters(*typed), "%a%|%b%\nx\ny");
 }
 
 } // namespace

@@ -79,6 +79,7 @@ TEST(InterfaceSlots, OfTracks) {
 TEST(InterfaceSlots, OfTitleFormattingAndFiles) {
     SERVICE(TitleFormatScript, "{0F2B9A4C-5E33-4C7C-9E43-8A2D5B6F1E70}");
     SERVICE(TitleFormatCompiler, "{C1E5E7C4-2D53-4F8B-8D65-3B9E0A7C4F21}", &I::compile);
+    SERVICE(TitleFormatDiagnosis, "{7A94D3B2-61CE-4F08-9B57-E2C40D8A1F63}", &I::explain);
     INTERFACE(TitleFormatOutput, &I::write);
     INTERFACE(TitleFormatArguments, &I::count, &I::get);
     INTERFACE(TitleFormatHook, &I::process_field, &I::process_function);

@@ -114,6 +114,7 @@ private:
     VersionService version_;
     CodePageService code_page_;
     TitleFormatting title_formatting_;
+    TitleFormattingDiagnosis title_format_diagnosis_;
     RunStore runs_;
     TrackTable tracks_;
     TagIO tag_io_;

@@ -44,6 +44,16 @@ bool TitleFormatting::compile(TitleFormatScript*& out, const char* pattern) {
     return true;
 }
 
+bool TitleFormattingDiagnosis::explain(const char* pattern, TextSink& text, std::size_t& position) {
+    const auto compiled = compile_program(pattern);
+    const auto* error = std::get_if<TitleFormatError>(&compiled);
+    if (!error)
+        return false;
+    set_text(text, error->text);
+    position = error->position;
+    return true;
+}
+
 std::span<const TitleFormatFunction> title_format_functions() {
     static const std::vector<TitleFormatFunction> functions = [] {
         std::vector<TitleFormatFunction> all;

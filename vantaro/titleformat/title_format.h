@@ -58,6 +58,11 @@ public:
     bool compile(TitleFormatScript*& out, const char* pattern) override;
 };
 
+class TitleFormattingDiagnosis final : public StaticService<TitleFormatDiagnosis> {
+public:
+    bool explain(const char* pattern, TextSink& text, std::size_t& position) override;
+};
+
 /// One function of the language, as documentation and completion show it.
 struct TitleFormatFunction {
     std::string_view name;

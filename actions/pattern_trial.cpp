@@ -1,0 +1,73 @@
+#include "actions/pattern_trial.h"
+
+#include "actions/field_provider.h"
+#include "actions/guess_matcher.h"
+#include "actions/title_script.h"
+#include "engine/change_text.h"
+#include "host/shared/text.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace quorvex {
+
+using namespace vantaro;
+
+namespace {
+
+/// In units of 100 ns since 1601-01-01 UTC.
+std::uint64_t now() {
+    using namespace std::chrono;
+    constexpr sys_days start = 1601y / January / 1;
+    using Unit = duration<std::int64_t, std::ratio<1, 10'000'000>>;
+    // Nanoseconds since 1601 would not fit.
+    return static_cast<std::uint64_t>((duration_cast<Unit>(system_clock::now().time_since_epoch())
+                                       - duration_cast<Unit>(start.time_since_epoch()))
+                                          .count());
+}
+
+/// What the host says of a pattern that does not compile.
+std::string explanation(const std::string& pattern) {
+    std::string text = "The pattern does not compile.";
+    for_each_service<TitleFormatDiagnosis>([&](TitleFormatDiagnosis& diagnosis) {
+        std::size_t position = 0;
+        const std::string why =
+            text_of([&](TextSink& out) { diagnosis.explain(pattern.c_str(), out, position); });
+        std::string_view before = std::string_view(pattern).substr(0, position);
+        std::size_t character = 1;
+        for (; !before.empty(); ++character)
+            take_character(before);
+        text = why + " (character " + std::to_string(character) + ')';
+    });
+    return text;
+}
+
+} // namespace
+
+PatternResult try_title_pattern(const std::string& pattern, const PatternSample* sample) {
+    TitleFormatScript* compiled = nullptr;
+    if (!required_service<TitleFormatCompiler>()->compile(compiled, pattern.c_str()))
+        return {true, explanation(pattern)};
+    const auto script = Ref<TitleFormatScript>::adopt(compiled);
+    if (!sample)
+        return {};
+    FieldProvider fields(sample->index, sample->total, now());
+    const std::string text = text_of([&](TextSink& out) {
+        sample->track->format_title_from(sample->info, &fields, out, *script, nullptr);
+    });
+    return {false, text.empty() ? "(empty)" : text};
+}
+
+PatternResult try_guess_pattern(std::string_view subject, std::string_view pattern) {
+    TrackInfoRecord fields;
+    guess_fields(fields, subject, pattern);
+    return guessed(fields, subject);
+}
+
+PatternResult guessed(const TrackInfo& fields, std::string_view subject) {
+    if (fields.field_count() == 0)
+        return {false, "No fields found in \"" + std::string(subject) + '"'};
+    return {false, describe_changes(TrackInfoRecord(), fields)};
+}
+
+} // namespace quorvex

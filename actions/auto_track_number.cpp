@@ -10,10 +10,10 @@ using namespace vantaro;
 namespace {
 
 constexpr Control controls[] = {
-    label("Album separation pattern (leave empty to treat all items as one album):", {4, 4, 232, 8}),
-    edit(1001, {4, 13, 232, 12}, control_flag::scrolls),
-    ok_button(128, 27),
-    cancel_button(184, 27),
+    label("Album separation pattern (leave empty to treat all items as one album):", {4, 3, 232, 8}),
+    edit(1001, {4, 12, 232, 12}, control_flag::scrolls),
+    ok_button(128, 26),
+    cancel_button(184, 26),
 };
 constexpr SettingControl bound[] = {
     {1001, AutoTrackNumber::pattern, any_text, nullptr, try_title_setting<AutoTrackNumber::pattern>},

@@ -1,0 +1,17 @@
+// The component as hosts load it has windows: this hands their openers to what asks for them.
+
+#include "ui/settings_dialog.h"
+#include "ui/widgets/settings_window.h"
+
+namespace quorvex {
+
+namespace {
+
+/// Constructed while the library is being loaded.
+[[maybe_unused]] const struct Windows {
+    Windows() { set_settings_dialog_opener(open_settings_window); }
+} windows;
+
+} // namespace
+
+} // namespace quorvex

@@ -1,0 +1,29 @@
+// A QApplication from the first test of a program to the last, on the platform that needs no display.
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+
+#include <memory>
+
+namespace {
+
+class QtEnvironment final : public testing::Environment {
+public:
+    void SetUp() override {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        QApplication::setStyle("fusion");
+        application_ = std::make_unique<QApplication>(argument_count_, arguments_);
+    }
+    void TearDown() override { application_.reset(); }
+
+private:
+    int argument_count_ = 1;
+    char name_[8] = "widgets";
+    char* arguments_[2] = {name_, nullptr};
+    std::unique_ptr<QApplication> application_;
+};
+
+[[maybe_unused]] const auto* const environment = testing::AddGlobalTestEnvironment(new QtEnvironment);
+
+} // namespace

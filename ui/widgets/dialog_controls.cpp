@@ -1,0 +1,157 @@
+#include "ui/widgets/dialog_controls.h"
+
+#include "host/shared/failure.h"
+#include "ui/widgets/drop_down_box.h"
+#include "ui/widgets/input_rules.h"
+#include "ui/widgets/mnemonics.h"
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+
+namespace quorvex {
+
+namespace {
+
+QWidget* make_label(const Control& control, QWidget* window) {
+    auto* label = new QLabel(QString::fromUtf8(control.text), window);
+    label->setTextFormat(Qt::PlainText);
+    label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    return label;
+}
+
+QWidget* make_edit(const Control& control, QWidget* window) {
+    if (control.flags & control_flag::multi_line) {
+        auto* edit = new QPlainTextEdit(window);
+        edit->setTabChangesFocus(true);
+        const bool scrolls = (control.flags & control_flag::scrolls) != 0;
+        edit->setLineWrapMode(scrolls ? QPlainTextEdit::NoWrap : QPlainTextEdit::WidgetWidth);
+        limit_input(*edit, control.limit);
+        return edit;
+    }
+    auto* edit = new QLineEdit(window);
+    rule_input(*edit, control.flags);
+    return edit;
+}
+
+QWidget* make_button(const Control& control, QWidget* window) {
+    auto* button = new QPushButton(QString::fromUtf8(control.text), window);
+    const bool is_default = (control.flags & control_flag::default_button) != 0;
+    button->setAutoDefault(true);
+    button->setDefault(is_default);
+    return button;
+}
+
+QWidget* make_widget(const Control& control, QWidget* window) {
+    switch (control.kind) {
+    case ControlKind::label:
+        return make_label(control, window);
+    case ControlKind::edit:
+        return make_edit(control, window);
+    case ControlKind::drop_down:
+        return new DropDownBox(control.flags, window);
+    case ControlKind::check_box:
+        return new QCheckBox(QString::fromUtf8(control.text), window);
+    case ControlKind::button:
+        return make_button(control, window);
+    }
+    uBugCheck("a dialog template has a control of no kind");
+}
+
+/// What a control needs to show all of itself, in pixels.
+QSize needed_size(const Control& control, const QWidget& widget) {
+    const QSize hint = widget.sizeHint();
+    switch (control.kind) {
+    case ControlKind::edit:
+    case ControlKind::drop_down:
+        return {0, (control.flags & control_flag::multi_line) ? 0 : hint.height()};
+    default:
+        return hint;
+    }
+}
+
+} // namespace
+
+DialogControls::DialogControls(const DialogTemplate& dialog, QWidget& window)
+    : dialog_(dialog), window_(window), units_(window.font()) {
+    for (const Control& control : dialog.controls) {
+        QWidget* widget = make_widget(control, &window);
+        if (control.id != Control::no_id)
+            widget->setObjectName(QString::number(control.id));
+        items_.push_back({&control, widget});
+    }
+    name_controls();
+}
+
+void DialogControls::name_controls() {
+    QLabel* name = nullptr;
+    std::vector<QLabel*> labels;
+    std::vector<QCheckBox*> boxes;
+    for (const Item& item : items_) {
+        if (auto* label = dynamic_cast<QLabel*>(item.widget)) {
+            name = label;
+        } else if (auto* box = dynamic_cast<QCheckBox*>(item.widget)) {
+            boxes.push_back(box);
+        } else if (name) {
+            name->setBuddy(item.widget);
+            labels.push_back(name);
+            QString spoken = name->text();
+            if (spoken.endsWith(':'))
+                spoken.chop(1);
+            item.widget->setAccessibleName(spoken.remove('&'));
+            name = nullptr;
+        }
+    }
+    add_mnemonics(labels, boxes);
+}
+
+void DialogControls::place() {
+    units_ = DialogUnits(window_.font());
+    for (const auto& [control, widget] : items_)
+        units_.make_room(needed_size(*control, *widget), control->place.width, control->place.height);
+    // First, since it may move controls.
+    window_.resize(units_.pixels(dialog_.width, dialog_.height));
+    for (const auto& [control, widget] : items_)
+        widget->setGeometry(units_.pixels(control->place));
+}
+
+QWidget& DialogControls::get(std::uint16_t id) const {
+    for (const auto& [control, widget] : items_)
+        if (control->id == id)
+            return *widget;
+    no_such_control();
+}
+
+void DialogControls::no_such_control() {
+    uBugCheck("a dialog template lacks a control that is asked for");
+}
+
+std::string control_text(const QWidget& control) {
+    if (const auto* box = dynamic_cast<const QCheckBox*>(&control))
+        return box->isChecked() ? "c" : "n";
+    if (const auto* box = dynamic_cast<const DropDownBox*>(&control))
+        return box->currentText().toStdString();
+    if (const auto* edit = dynamic_cast<const QLineEdit*>(&control))
+        return edit->text().toStdString();
+    if (const auto* edit = dynamic_cast<const QPlainTextEdit*>(&control))
+        return edit->toPlainText().replace('\n', QStringLiteral("\r\n")).toStdString();
+    uBugCheck("a control that holds no setting is asked for one");
+}
+
+void set_control_text(QWidget& control, const std::string& text) {
+    const QString shown = QString::fromStdString(text);
+    if (auto* box = dynamic_cast<QCheckBox*>(&control))
+        box->setChecked(text == "c");
+    else if (auto* drop_down = dynamic_cast<DropDownBox*>(&control))
+        drop_down->setEditText(shown);
+    else if (auto* edit = dynamic_cast<QLineEdit*>(&control))
+        edit->setText(shown);
+    else if (auto* lines = dynamic_cast<QPlainTextEdit*>(&control))
+        lines->setPlainText(shown);
+    else
+        uBugCheck("a control that holds no setting is given one");
+}
+
+} // namespace quorvex

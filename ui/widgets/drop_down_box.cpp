@@ -1,0 +1,98 @@
+#include "ui/widgets/drop_down_box.h"
+
+#include "host/exception_filter.h"
+#include "ui/dialog_template.h"
+#include "ui/widgets/input_rules.h"
+
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPointer>
+
+#include <algorithm>
+
+namespace quorvex {
+
+DropDownBox::DropDownBox(unsigned flags, QWidget* parent) : QComboBox(parent), flags_(flags) {
+    setEditable(true);
+    setInsertPolicy(QComboBox::NoInsert);
+    // What is typed stays as typed, also where the list has it in other letters.
+    setDuplicatesEnabled(true);
+    setCompleter(nullptr);
+    setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    setMaxVisibleItems(16);
+    lineEdit()->setContextMenuPolicy(Qt::NoContextMenu); // the box has one
+    rule_input(*lineEdit(), flags, [this] {
+        if (completion_)
+            completion_->complete(!takes_away_);
+    });
+}
+
+void DropDownBox::complete_from(const QStringList& entries) {
+    completion_ = std::make_unique<Completion>(*this, entries, (flags_ & control_flag::upper_case) != 0);
+}
+
+void DropDownBox::keyPressEvent(QKeyEvent* event) {
+    takes_away_ = event->key() == Qt::Key_Backspace || event->key() == Qt::Key_Delete
+                  || event->matches(QKeySequence::Cut) || event->matches(QKeySequence::Undo);
+    QComboBox::keyPressEvent(event);
+}
+
+void DropDownBox::contextMenuEvent(QContextMenuEvent* event) {
+    if (!history_)
+        return QComboBox::contextMenuEvent(event);
+    const bool has_place = event->reason() == QContextMenuEvent::Mouse;
+    guarded(
+        [&] { show_menu(*this, *history_, has_place ? std::optional(event->globalPos()) : std::nullopt); });
+}
+
+void DropDownBox::set_entries(const std::vector<std::string>& entries) {
+    QStringList list;
+    for (const std::string& entry : entries)
+        list.append(QString::fromStdString(entry));
+    if (flags_ & control_flag::sorted)
+        std::ranges::stable_sort(list, [](const QString& a, const QString& b) {
+            return QString::compare(a, b, Qt::CaseInsensitive) < 0;
+        });
+    const QString text = currentText();
+    const int cursor = lineEdit()->cursorPosition();
+    clear();
+    addItems(list);
+    setCurrentIndex(-1);
+    setEditText(text);
+    lineEdit()->setCursorPosition(cursor);
+}
+
+void attach(DropDownBox& box, const DropDownHistory& history, const std::string& initial) {
+    box.set_history(history);
+    history.add(initial);
+    box.set_entries(history.entries());
+    box.setEditText(QString::fromStdString(initial));
+}
+
+void attach_with_completion(DropDownBox& box, const std::string& initial) {
+    attach(box, field_name_history, initial);
+    QStringList names;
+    for (const std::string& name : field_name_history.entries())
+        names.append(QString::fromStdString(name));
+    box.complete_from(names);
+}
+
+bool show_menu(DropDownBox& box, const DropDownHistory& history, std::optional<QPoint> where) {
+    const std::string text = box.currentText().toStdString();
+    QMenu menu;
+    const QAction* wipe = menu.addAction("Wipe history");
+    const QAction* remove = text.empty() ? nullptr : menu.addAction("Remove this history item");
+    const QPointer<DropDownBox> guard(&box);
+    const QAction* chosen = menu.exec(where.value_or(box.mapToGlobal(box.rect().center())));
+    if (!guard || !chosen)
+        return false;
+    const bool has_changed = chosen != remove || history.remove(text);
+    if (chosen == wipe)
+        history.wipe();
+    box.set_entries(history.entries());
+    return has_changed;
+}
+
+} // namespace quorvex

@@ -1,6 +1,7 @@
 #include "ui/widgets/balloon.h"
 
 #include <QAccessible>
+#include <QBitmap>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QPainter>
@@ -55,7 +56,7 @@ bool Balloon::eventFilter(QObject*, QEvent* event) {
 void Balloon::place() {
     const int em = fontMetrics().height();
     const int margin = em / 3;
-    const int pointer = shape_ == Shape::pointed ? em / 2 : 0;
+    const int pointer = shape_ == Shape::pointed ? em / 2 : 0; // its height, and half its width
     text_.setTextWidth(text_width_ > 0 ? std::max(text_width_ - 2 * margin, em) : -1);
     text_.prepare({}, font());
     const QSize text_size(static_cast<int>(std::ceil(text_.size().width())),
@@ -75,31 +76,43 @@ void Balloon::place() {
                           is_above ? corner.y() - size.height() : bottom);
 
     const int top = is_above ? 0 : pointer;
-    const QRect box(0, top, body.width() - 1, body.height() - 1);
     text_corner_ = QPoint(margin, top + margin);
-    outline_.clear();
-    outline_ << box.topLeft();
-    const int tip = std::clamp(aim - position.x(), pointer, std::max(pointer, box.width() - pointer));
-    if (!is_above && pointer > 0)
-        outline_ << QPoint(tip - pointer / 2, top) << QPoint(tip, 0) << QPoint(tip + pointer / 2, top);
-    outline_ << QPoint(box.x() + box.width(), box.y())
-             << QPoint(box.x() + box.width(), box.y() + box.height());
-    if (is_above && pointer > 0)
-        outline_ << QPoint(tip + pointer / 2, box.height()) << QPoint(tip, size.height() - 1)
-                 << QPoint(tip - pointer / 2, box.height());
-    outline_ << QPoint(box.x(), box.y() + box.height());
+    // Lines run through the middles of pixels.
+    const QRectF box = QRectF(0, top, body.width(), body.height()).adjusted(0.5, 0.5, -0.5, -0.5);
+    const double corner_radius = margin / 2.0;
+    outline_ = QPainterPath();
+    outline_.addRoundedRect(box, corner_radius, corner_radius);
+    if (pointer > 0) {
+        const double side = corner_radius + pointer;
+        const double tip = std::clamp(aim - position.x() + 0.5, side, std::max(side, size.width() - side));
+        const double edge = is_above ? box.bottom() : box.top();
+        const double point = is_above ? size.height() - 0.5 : 0.5;
+        QPainterPath pointing;
+        pointing.addPolygon(QPolygonF({{tip - pointer, edge}, {tip, point}, {tip + pointer, edge}}));
+        outline_ = outline_.united(pointing).simplified();
+    }
     setGeometry(QRect(position, size));
     // Where the desktop composes no windows, what is not the outline would be black.
-    if (pointer > 0 && QGuiApplication::platformName() == "xcb")
-        setMask(QRegion(outline_) + QRegion(outline_.translated(1, 0)) + QRegion(outline_.translated(0, 1))
-                + QRegion(outline_.translated(1, 1)));
+    if (QGuiApplication::platformName() == "xcb") {
+        QBitmap mask(size);
+        mask.clear();
+        QPainter painter(&mask);
+        painter.setPen(QPen(Qt::color1, 2));
+        painter.setBrush(Qt::color1);
+        painter.drawPath(outline_);
+        painter.end();
+        setMask(mask);
+    }
 }
 
 void Balloon::paintEvent(QPaintEvent*) {
     QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QColor edge = palette().color(QPalette::ToolTipText);
+    edge.setAlphaF(0.6F);
+    painter.fillPath(outline_, palette().brush(QPalette::ToolTipBase));
+    painter.strokePath(outline_, QPen(edge, 1));
     painter.setPen(palette().color(QPalette::ToolTipText));
-    painter.setBrush(palette().brush(QPalette::ToolTipBase));
-    painter.drawPolygon(outline_);
     painter.drawStaticText(text_corner_, text_);
 }
 

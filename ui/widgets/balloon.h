@@ -7,6 +7,7 @@
 // Main thread; it belongs to the window that it was made for.
 #pragma once
 
+#include <QPainterPath>
 #include <QPointer>
 #include <QStaticText>
 #include <QWidget>
@@ -43,7 +44,7 @@ private:
     QStaticText text_;
     int text_width_ = 0;
     /// In this window's coordinates.
-    QPolygon outline_;
+    QPainterPath outline_;
     QPoint text_corner_;
 };
 

@@ -6,7 +6,7 @@
 #pragma once
 
 #include "actions/action_base.h"
-#include "actions/title_script.h"
+#include "engine/title_script.h"
 #include "host/api/system.h"
 
 #include <mutex>

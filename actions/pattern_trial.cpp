@@ -2,8 +2,8 @@
 
 #include "actions/field_provider.h"
 #include "actions/guess_matcher.h"
-#include "actions/title_script.h"
 #include "engine/change_text.h"
+#include "engine/title_script.h"
 #include "host/shared/text.h"
 
 #include <algorithm>

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <map>
 #include <string_view>
+#include <vector>
 
 namespace quorvex {
 
@@ -40,20 +41,38 @@ bool equal_values(const TrackInfo& a, std::size_t a_field, const TrackInfo& b, s
     return true;
 }
 
-} // namespace
+struct ChangedField {
+    std::string_view name;
+    FieldPair fields;
+};
 
-std::string describe_changes(const TrackInfo& before, const TrackInfo& after) {
+/// In the order of their names. The names belong to the tags.
+std::vector<ChangedField> differences(const TrackInfo& before, const TrackInfo& after) {
     std::map<std::string_view, FieldPair, FieldNameOrder> fields;
     for (std::size_t i = 0; i < before.field_count(); ++i)
         fields[before.field_name(i)].before = i;
     for (std::size_t i = 0; i < after.field_count(); ++i)
         fields[after.field_name(i)].after = i;
+    std::vector<ChangedField> changed;
+    for (const auto& [name, pair] : fields)
+        if (pair.before == no_field || pair.after == no_field
+            || !equal_values(before, pair.before, after, pair.after))
+            changed.push_back({name, pair});
+    return changed;
+}
 
+} // namespace
+
+std::vector<std::string> changed_fields(const TrackInfo& before, const TrackInfo& after) {
+    std::vector<std::string> names;
+    for (const ChangedField& field : differences(before, after))
+        names.emplace_back(field.name);
+    return names;
+}
+
+std::string describe_changes(const TrackInfo& before, const TrackInfo& after) {
     std::string text;
-    for (const auto& [name, pair] : fields) {
-        if (pair.before != no_field && pair.after != no_field
-            && equal_values(before, pair.before, after, pair.after))
-            continue;
+    for (const auto& [name, pair] : differences(before, after)) {
         if (!text.empty())
             text += separator;
         uAddStringUpper(text, name);
@@ -70,7 +89,7 @@ std::string describe_changes(const TrackInfo& before, const TrackInfo& after) {
             text += '"';
         }
     }
-    return text.empty() ? "No changes" : text;
+    return text.empty() ? no_changes : text;
 }
 
 } // namespace quorvex

@@ -8,11 +8,18 @@
 #include "host/api/track_info.h"
 
 #include <string>
+#include <vector>
 
 namespace quorvex {
 
+/// What equal tags give.
+inline constexpr const char* no_changes = "No changes";
+
+/// The names of the fields that differ, in the order of their names. Compared as below.
+std::vector<std::string> changed_fields(const vantaro::TrackInfo& before, const vantaro::TrackInfo& after);
+
 /// Compares the metadata fields: names without regard to the case of ASCII letters, values byte for byte and
-/// in order. Changed fields come in the order of their names; equal tags give "No changes".
+/// in order. Changed fields come in the order of their names; equal tags give no_changes.
 std::string describe_changes(const vantaro::TrackInfo& before, const vantaro::TrackInfo& after);
 
 } // namespace quorvex

@@ -3,6 +3,7 @@
 #include "component/configuration.h"
 #include "engine/run.h"
 #include "host/access.h"
+#include "host/api/exceptions.h"
 #include "host/api/system.h"
 #include "host/modal_dialog.h"
 #include "script/script_library.h"
@@ -145,10 +146,13 @@ void ManageScripts::execute(std::size_t index, const Guid&, TrackHandle* const* 
                             const Guid&) {
     if (count == 0 || !may_run_on_this_thread() || index != 0)
         return;
-    if (open_editor)
-        open_editor(track_list(tracks, count), host()->main_window());
-    else
-        print_to_console("The script editor needs a window.");
+    try {
+        if (open_editor)
+            return open_editor(track_list(tracks, count), host()->main_window());
+    } catch (const exception_win32&) {
+        // No display.
+    }
+    print_to_console("The script editor needs a window.");
 }
 
 void SavedScripts::get_item_name(std::size_t, TextSink& out) {

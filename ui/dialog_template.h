@@ -25,7 +25,19 @@ struct DialogRect {
     int height;
 };
 
-enum class ControlKind : std::uint8_t { label, edit, drop_down, check_box, button };
+enum class ControlKind : std::uint8_t {
+    label,
+    edit,
+    drop_down,
+    check_box,
+    button,
+    /// A frame with a title around the controls behind it.
+    group,
+    /// A list of texts, one of which may be selected.
+    list,
+    /// A table of any number of rows, which are asked for when they are shown.
+    table,
+};
 
 /// Bits of Control::flags.
 namespace control_flag {
@@ -108,12 +120,16 @@ constexpr Control check_box(std::uint16_t id, const char* text, const DialogRect
     return {id, ControlKind::check_box, text, place};
 }
 
+constexpr Control button(std::uint16_t id, const char* text, const DialogRect& place, unsigned flags = 0) {
+    return {id, ControlKind::button, text, place, flags};
+}
+
 constexpr Control ok_button(int x, int y) {
-    return {ok_id, ControlKind::button, "OK", {x, y, 50, 14}, control_flag::default_button};
+    return button(ok_id, "OK", {x, y, 50, 14}, control_flag::default_button);
 }
 
 constexpr Control cancel_button(int x, int y) {
-    return {cancel_id, ControlKind::button, "Cancel", {x, y, 50, 14}};
+    return button(cancel_id, "Cancel", {x, y, 50, 14});
 }
 
 } // namespace quorvex

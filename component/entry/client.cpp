@@ -4,6 +4,7 @@
 #include "component/entry/registration.h"
 #include "component/own_services.h"
 #include "component/service_list.h"
+#include "engine/background_threads.h"
 #include "host/access.h"
 
 namespace quorvex {
@@ -23,7 +24,11 @@ public:
     void set_library_path(const char* path, const char* file_name) override {
         quorvex::set_library_path(path, file_name);
     }
-    void services_init(bool available) override { set_services_available(available); }
+    void services_init(bool available) override {
+        set_services_available(available);
+        if (!available)
+            join_background_threads();
+    }
     bool is_debug() override { return false; }
 };
 

@@ -1,5 +1,6 @@
 #include "tests/support/fake_host.h"
 
+#include <algorithm>
 #include <deque>
 #include <set>
 #include <sstream>
@@ -13,6 +14,17 @@ FakeHost& new_host() {
     static std::deque<FakeHost> hosts;
     return hosts.emplace_back();
 }
+
+class Held final : public HeapService<TrackInfoHolder> {
+public:
+    explicit Held(const TrackInfoRecord& tags) : tags_(tags) {}
+    const TrackInfo& info() const override { return tags_; }
+    FileStats stats() const override { return {}; }
+    bool is_partial() const override { return false; }
+
+private:
+    const TrackInfoRecord tags_;
+};
 
 class Console final : public Noting<HostConsole> {
 public:
@@ -58,6 +70,14 @@ void FakeHost::create_service(ServiceClass* service_class, std::size_t index, Se
     service_class->makers[index](out);
 }
 
+bool FakeTrack::get_info(TrackInfoHolder*& out) {
+    if (!is_held)
+        return false;
+    const auto previous = Ref<TrackInfoHolder>::adopt(out);
+    out = make_service<Held>(tags).detach();
+    return true;
+}
+
 FakeTrack& FakeTagIO::track(const std::string& path) {
     Ref<FakeTrack>& track = tracks_[path];
     if (!track)
@@ -71,6 +91,15 @@ std::vector<Ref<TrackHandle>> FakeTagIO::tracks(const std::string& paths) {
     for (std::string path; words >> path;)
         list.emplace_back(&track(path));
     return list;
+}
+
+void FakeTagIO::tell_changed(const std::string& paths) {
+    std::vector<TrackHandle*> changed;
+    for (const Ref<TrackHandle>& track : tracks(paths))
+        changed.push_back(track.get());
+    std::ranges::sort(changed);
+    for (TagChangeListener* listener : std::vector(listeners_))
+        listener->tags_changed(changed.data(), changed.size());
 }
 
 void FakeTagIO::resolve_location(const char* location, TrackSink& out, AbortFlag&) {
@@ -95,7 +124,7 @@ void FakeTagIO::update_async(TrackHandle* const* tracks, std::size_t count, Trac
     event += parent == host_.main_window() ? ", main window" : parent ? ", window" : ", no window";
     host_.note(event + ", flags " + std::to_string(flags) + (notify ? ", watched" : ""));
     waiting_.push_back([this, list, filter = Ref(filter), notify = Ref(notify)] {
-        std::uint32_t result = update_result::completed;
+        std::uint32_t outcome = update_result::completed;
         std::set<FakeTrack*> done;
         for (const Ref<FakeTrack>& track : list) {
             if (!done.insert(track.get()).second)
@@ -106,11 +135,11 @@ void FakeTagIO::update_async(TrackHandle* const* tracks, std::size_t count, Trac
                     track->tags = edited;
             } catch (const std::exception& error) {
                 host_.note(std::string(track->path()) + " failed: " + error.what());
-                result = update_result::completed_with_errors;
+                outcome = update_result::completed_with_errors;
             }
         }
         if (notify)
-            notify->notify(result);
+            notify->notify(result.value_or(outcome));
     });
     if (!is_late_)
         std::exchange(waiting_, {}).front()();

@@ -16,6 +16,7 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -76,21 +77,31 @@ public:
     void notify(std::uint32_t code) override { host_.note("notified " + std::to_string(code)); }
 };
 
-/// A track whose tags the host does not hold, and which formats nothing.
+/// A track that formats every pattern as its title.
 class FakeTrack final : public HeapService<TrackHandle> {
 public:
     explicit FakeTrack(std::string path) : path_(std::move(path)) {}
     const char* path() const override { return path_.c_str(); }
     std::uint32_t subsong() const override { return 0; }
-    bool get_info(TrackInfoHolder*&) override { return false; }
-    void format_title(TitleFormatHook*, TextSink&, TitleFormatScript&, TitleFormatTextFilter*) override {}
-    void format_title_from(const TrackInfo&, TitleFormatHook*, TextSink&, TitleFormatScript&,
-                           TitleFormatTextFilter*) override {}
+    bool get_info(TrackInfoHolder*& out) override;
+    void format_title(TitleFormatHook*, TextSink& out, TitleFormatScript&, TitleFormatTextFilter*) override {
+        set_text(out, title(tags));
+    }
+    void format_title_from(const TrackInfo& info, TitleFormatHook*, TextSink& out, TitleFormatScript&,
+                           TitleFormatTextFilter*) override {
+        set_text(out, title(info));
+    }
 
-    /// What the file has.
+    /// What the file has, and whether the host holds it.
     TrackInfoRecord tags;
+    bool is_held = false;
 
 private:
+    static std::string title(const TrackInfo& info) {
+        const std::size_t field = info.find_field("TITLE");
+        return field == no_field ? "" : info.value(field, 0);
+    }
+
     const std::string path_;
 };
 
@@ -109,8 +120,13 @@ public:
 
     /// A location that was not put is not found.
     void resolve_location(const char* location, TrackSink& out, AbortFlag& abort) override;
-    void add_change_listener(TagChangeListener*) override {}
-    void remove_change_listener(TagChangeListener*) override {}
+    void add_change_listener(TagChangeListener* listener) override { listeners_.push_back(listener); }
+    void remove_change_listener(TagChangeListener* listener) override { std::erase(listeners_, listener); }
+    std::size_t listener_count() const { return listeners_.size(); }
+    /// Tells the listeners that the held tags of these tracks have changed.
+    void tell_changed(const std::string& paths);
+    /// What updates report, whatever becomes of the tracks; nothing: as it was.
+    std::optional<std::uint32_t> result;
     /// Edits every different track in the order of the list, then reports the result; at once unless updates
     /// are carried out late.
     void update_async(TrackHandle* const* tracks, std::size_t count, TrackFilter* filter, WindowHandle parent,
@@ -120,6 +136,7 @@ private:
     std::map<std::string, Ref<FakeTrack>> tracks_;
     std::map<std::string, std::string> locations_;
     std::vector<std::function<void()>> waiting_;
+    std::vector<TagChangeListener*> listeners_;
     bool is_late_ = false;
 };
 

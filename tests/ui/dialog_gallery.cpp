@@ -10,8 +10,11 @@
 #include "actions/setting_table.h"
 #include "component/entry/client.h"
 #include "script/action_registry.h"
+#include "script/script_library.h"
+#include "tests/support/failures.h"
 #include "tests/support/temporary_folder.h"
 #include "ui/widgets/balloon.h"
+#include "ui/widgets/editor_window.h"
 #include "ui/widgets/pattern_tip.h"
 #include "ui/widgets/settings_window.h"
 #include "vantaro/application/host.h"
@@ -61,17 +64,38 @@ private:
     const PatternSample& sample_;
 };
 
-class ReadTags final : public core::UpdateWatcher {
+class FirstTags final : public core::UpdateWatcher {
 public:
-    explicit ReadTags(TrackInfoRecord& into) : into_(into) {}
-    void on_track(const core::TrackOutcome& outcome, std::size_t, std::size_t) override {
-        into_ = TrackInfoRecord(outcome.before);
+    explicit FirstTags(TrackInfoRecord& into) : into_(into) {}
+    void on_track(const core::TrackOutcome& outcome, std::size_t done, std::size_t) override {
+        if (done == 1)
+            into_ = TrackInfoRecord(outcome.before);
     }
     void on_end(const core::UpdateReport&) override {}
 
 private:
     TrackInfoRecord& into_;
 };
+
+class Tracks final : public TrackSink {
+public:
+    void add(TrackHandle* track) override { all.push_back(static_cast<core::Track*>(track)); }
+    std::vector<core::Track*> all;
+};
+
+/// What the editor opens with.
+void store_script() {
+    const auto ignored = make_service<IgnoreCompletion>();
+    Script script;
+    for (const auto& [name, parameters] :
+         {Example{"Set value...", "ALBUMARTIST\nTidewright Ensemble"},
+          Example{"Format value from other fields...", "TITLE\n$num(%tracknumber%,2). %title%"},
+          Example{"Remove field...", "COMMENT"}, Example{"Auto track number...", "%album%"}})
+        for (const ActionMenuEntry& entry : action_menu())
+            if (entry.name == name)
+                script.push_back(instantiate({entry.type->get_guid(), parameters}, *ignored));
+    script_library().store_script(last_used_script, script);
+}
 
 void use_dark_colours() {
     QPalette dark;
@@ -113,7 +137,7 @@ int run(QApplication& application) {
     const QStringList arguments = QApplication::arguments();
     const qsizetype save = arguments.indexOf("--save");
     if (arguments.size() < 2 || save + 1 == arguments.size()) {
-        std::cerr << "dialog_gallery TRACK [--save DIR] [--dark]\n";
+        std::cerr << "dialog_gallery FOLDER [--save DIR] [--dark]\n";
         return 2;
     }
     if (arguments.contains("--dark"))
@@ -138,13 +162,19 @@ int run(QApplication& application) {
     host.load_components();
     set_settings_dialog_opener(open_settings_window);
 
-    core::Track& track = host.tracks().get(arguments[1].toStdString(), 0);
-    PatternSample sample{Ref<TrackHandle>(&track), {}, 0, 10};
-    host.tag_io().read_tags_of({&track}, core::TagIO::Hold::yes, std::make_unique<ReadTags>(sample.info));
+    Tracks tracks;
+    host.tag_io().resolve_location(arguments[1].toStdString().c_str(), tracks, test::run_on);
+    PatternSample sample{Ref<TrackHandle>(tracks.all.front()), {}, 0, 10};
+    host.tag_io().read_tags_of(tracks.all, core::TagIO::Hold::yes, std::make_unique<FirstTags>(sample.info));
     host.wait_until_idle();
+    TrackList list;
+    for (core::Track* track : tracks.all)
+        list.emplace_back(track);
     {
         Desk desk(sample);
         const auto done = make_service<IgnoreCompletion>();
+        store_script();
+        open_editor_window(list, static_cast<QWidget*>(&desk));
         for (const ActionMenuEntry& entry : action_menu()) {
             for (const Example& example : examples) {
                 if (entry.name != example.name)
@@ -159,7 +189,7 @@ int run(QApplication& application) {
             if (save < 0)
                 break;
             dialog->activateWindow();
-            QTest::qWait(250);
+            QTest::qWait(350);
             const QString name =
                 dialog->windowTitle().remove(QRegularExpression("[^A-Za-z ]")).replace(' ', '-');
             if (!picture(*dialog).save(arguments[save + 1] + '/' + name.toLower() + ".png"))

@@ -28,7 +28,9 @@ protected:
             const std::string name = widget->metaObject()->className() + widget->objectName().toStdString();
             const bool is_box =
                 !dynamic_cast<const QLabel*>(widget) && !dynamic_cast<const QAbstractButton*>(widget);
-            const QSize hint = dynamic_cast<const QPlainTextEdit*>(widget) ? QSize() : widget->sizeHint();
+            QSize hint = dynamic_cast<const QPlainTextEdit*>(widget) ? QSize() : widget->sizeHint();
+            if (const auto* button = dynamic_cast<const QPushButton*>(widget))
+                hint.setWidth(button->fontMetrics().horizontalAdvance(button->text()) + 4);
             if ((!is_box && widget->width() < hint.width()) || widget->height() < hint.height())
                 faults += name + " is clipped; ";
             if (!window.rect().contains(widget->geometry()))

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QFont>
 
 #include <memory>
 
@@ -14,6 +15,9 @@ public:
         qputenv("QT_QPA_PLATFORM", "offscreen");
         QApplication::setStyle("fusion");
         application_ = std::make_unique<QApplication>(argument_count_, arguments_);
+        QFont small = QApplication::font();
+        small.setPointSize(6); // the screen of that platform is small
+        QApplication::setFont(small);
     }
     void TearDown() override { application_.reset(); }
 

@@ -57,8 +57,13 @@ void Balloon::place() {
     const int em = fontMetrics().height();
     const int margin = em / 3;
     const int pointer = shape_ == Shape::pointed ? em / 2 : 0; // its height, and half its width
-    text_.setTextWidth(text_width_ > 0 ? std::max(text_width_ - 2 * margin, em) : -1);
+    text_.setTextWidth(-1);
     text_.prepare({}, font());
+    if (const int room = std::max(text_width_ - 2 * margin, em);
+        text_width_ > 0 && text_.size().width() > room) {
+        text_.setTextWidth(room);
+        text_.prepare({}, font());
+    }
     const QSize text_size(static_cast<int>(std::ceil(text_.size().width())),
                           static_cast<int>(std::ceil(text_.size().height())));
     const QSize body(text_size.width() + 2 * margin, text_size.height() + 2 * margin);

@@ -6,10 +6,14 @@
 #include "ui/widgets/mnemonics.h"
 
 #include <QCheckBox>
+#include <QGroupBox>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QTableView>
 
 namespace quorvex {
 
@@ -44,6 +48,26 @@ QWidget* make_button(const Control& control, QWidget* window) {
     return button;
 }
 
+/// Rows of one height, and no search by typing: what rows show is computed one by one.
+class RowTable final : public QTableView {
+public:
+    explicit RowTable(QWidget* parent) : QTableView(parent) {
+        setSelectionBehavior(QAbstractItemView::SelectRows);
+        setSelectionMode(QAbstractItemView::SingleSelection);
+        setEditTriggers(QAbstractItemView::NoEditTriggers);
+        setTabKeyNavigation(false);
+        setWordWrap(false);
+        setCornerButtonEnabled(false);
+        verticalHeader()->hide();
+        verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+        verticalHeader()->setDefaultSectionSize(fontMetrics().height() * 3 / 2);
+        horizontalHeader()->setSectionsClickable(false);
+        horizontalHeader()->setHighlightSections(false);
+        horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    }
+    void keyboardSearch(const QString&) override {}
+};
+
 QWidget* make_widget(const Control& control, QWidget* window) {
     switch (control.kind) {
     case ControlKind::label:
@@ -56,6 +80,12 @@ QWidget* make_widget(const Control& control, QWidget* window) {
         return new QCheckBox(QString::fromUtf8(control.text), window);
     case ControlKind::button:
         return make_button(control, window);
+    case ControlKind::group:
+        return new QGroupBox(QString::fromUtf8(control.text), window);
+    case ControlKind::list:
+        return new QListWidget(window);
+    case ControlKind::table:
+        return new RowTable(window);
     }
     uBugCheck("a dialog template has a control of no kind");
 }
@@ -67,9 +97,21 @@ QSize needed_size(const Control& control, const QWidget& widget) {
     case ControlKind::edit:
     case ControlKind::drop_down:
         return {0, (control.flags & control_flag::multi_line) ? 0 : hint.height()};
-    default:
-        return hint;
+    case ControlKind::button: {
+        // Styles like buttons wider than their texts; templates know how wide they want them.
+        const QString text = dynamic_cast<const QPushButton&>(widget).text().remove('&');
+        const QFontMetrics metrics = widget.fontMetrics();
+        return {metrics.horizontalAdvance(text) + metrics.height() / 2, hint.height()};
     }
+    case ControlKind::label:
+    case ControlKind::check_box:
+        return hint;
+    case ControlKind::group:
+    case ControlKind::list:
+    case ControlKind::table:
+        return {};
+    }
+    return hint;
 }
 
 } // namespace

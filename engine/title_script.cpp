@@ -1,4 +1,4 @@
-#include "actions/title_script.h"
+#include "engine/title_script.h"
 
 #include "host/shared/failure.h"
 
@@ -23,8 +23,9 @@ std::string TitleScript::format(const std::string& pattern, TrackHandle& track, 
         [&](TextSink& out) { track.format_title_from(info, hook, out, compiled(pattern), nullptr); });
 }
 
-std::string TitleScript::format_held(const std::string& pattern, TrackHandle& track) {
-    return text_of([&](TextSink& out) { track.format_title(nullptr, out, compiled(pattern), nullptr); });
+std::string TitleScript::format_held(const std::string& pattern, TrackHandle& track,
+                                     TitleFormatTextFilter* filter) {
+    return text_of([&](TextSink& out) { track.format_title(nullptr, out, compiled(pattern), filter); });
 }
 
 } // namespace quorvex

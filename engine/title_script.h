@@ -27,8 +27,9 @@ public:
     /// Formats the given tags. `hook` may be nullptr.
     std::string format(const std::string& pattern, vantaro::TrackHandle& track,
                        const vantaro::TrackInfo& info, vantaro::TitleFormatHook* hook);
-    /// Formats what the host holds of the track's tags.
-    std::string format_held(const std::string& pattern, vantaro::TrackHandle& track);
+    /// Formats what the host holds of the track's tags. `filter` may be nullptr.
+    std::string format_held(const std::string& pattern, vantaro::TrackHandle& track,
+                            vantaro::TitleFormatTextFilter* filter = nullptr);
 
 private:
     vantaro::TitleFormatScript& compiled(const std::string& pattern);

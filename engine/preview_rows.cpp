@@ -1,0 +1,59 @@
+#include "engine/preview_rows.h"
+
+#include "engine/change_text.h"
+#include "host/shared/text.h"
+
+#include <algorithm>
+
+namespace quorvex {
+
+using namespace vantaro;
+
+namespace {
+
+/// Keeps control characters out of the list.
+class WithoutControls final : public TitleFormatTextFilter {
+public:
+    void write(TitleFormatOutput& out, const char* text, std::size_t length) override {
+        std::string clean(text, length);
+        std::ranges::replace_if(
+            clean, [](char c) { return c >= 0 && c < 0x20; }, '_');
+        out.write(clean.data(), clean.size());
+    }
+};
+
+} // namespace
+
+std::string PreviewRows::name(std::size_t row) {
+    if (row >= tracks().size())
+        return no_cell;
+    WithoutControls filter;
+    return first_line(title_.format_held("%title%", *tracks()[row], &filter));
+}
+
+std::string PreviewRows::output(const Script& script, std::size_t row, const Action* skipped) {
+    if (row >= tracks().size())
+        return no_cell;
+    try {
+        const Tags change = tags(script, row, skipped);
+        return first_line(describe_changes(change.before, change.after));
+    } catch (const std::exception& failure) {
+        return first_line(std::string("Erorr: ") + failure.what());
+    }
+}
+
+PreviewRows::Tags PreviewRows::tags(const Script& script, std::size_t row, const Action* skipped) {
+    Tags result;
+    if (const auto read = read_.find(row); read != read_.end()) {
+        result.before = read->second->info;
+    } else {
+        TrackInfoHolder* held = nullptr;
+        if (tracks()[row]->get_info(held))
+            result.before = TrackInfoRecord(Ref<TrackInfoHolder>::adopt(held)->info());
+    }
+    result.after = result.before;
+    dry_run_.edit(script, row, result.after, skipped);
+    return result;
+}
+
+} // namespace quorvex

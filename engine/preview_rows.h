@@ -1,0 +1,51 @@
+// PreviewRows: what the editor shows of each track: its name, and what the script would change in its tags.
+//
+//     PreviewRows rows(tracks);
+//     std::string text = rows.output(script, row);        // ARTIST = "a"; COMMENT removed
+//
+// Computed whenever it is asked for. Main thread.
+#pragma once
+
+#include "engine/dry_run.h"
+#include "engine/preview_reader.h"
+#include "engine/title_script.h"
+
+#include <unordered_map>
+
+namespace quorvex {
+
+/// What stands in place of a cell that does not exist.
+inline constexpr const char* no_cell = "<ERROR>";
+
+class PreviewRows {
+public:
+    explicit PreviewRows(TrackList tracks) : dry_run_(std::move(tracks)) {}
+
+    const TrackList& tracks() const { return dry_run_.tracks(); }
+
+    /// Tags read from a file stand above what the host holds.
+    void hold(std::size_t row, std::shared_ptr<const ReadTags> tags) { read_[row] = std::move(tags); }
+    void forget_read() { read_.clear(); }
+    /// The tags that groups are made from have changed.
+    void forget_groups() { dry_run_.forget_groups(); }
+
+    /// The track's title, on one line.
+    std::string name(std::size_t row);
+    /// What the script would change, on one line; a failure is told in its place. An action that is `skipped`
+    /// (or nullptr) is passed over.
+    std::string output(const Script& script, std::size_t row, const Action* skipped = nullptr);
+
+    struct Tags {
+        vantaro::TrackInfoRecord before;
+        vantaro::TrackInfoRecord after;
+    };
+    /// The tags as they are, and as the script would leave them. Throws: what actions throw.
+    Tags tags(const Script& script, std::size_t row, const Action* skipped = nullptr);
+
+private:
+    DryRun dry_run_;
+    std::unordered_map<std::size_t, std::shared_ptr<const ReadTags>> read_;
+    TitleScript title_;
+};
+
+} // namespace quorvex

@@ -1,0 +1,19 @@
+// The component's page in the help.
+//
+// Main thread.
+#pragma once
+
+#include <string>
+
+class QWidget;
+
+namespace quorvex {
+
+/// Where the page about the editor is: an address that ends in the host's version, the component, and the
+/// page.
+std::string help_address();
+
+/// Opens an address with what the desktop has for it; when that fails, says so in a message.
+void uShellExecute(QWidget& parent, const std::string& address);
+
+} // namespace quorvex

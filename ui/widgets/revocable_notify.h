@@ -1,0 +1,56 @@
+// RevocableNotify: a CompletionNotify for a window, which may go before it is called.
+//
+//     run_notify_.renew([this](std::uint32_t code) { ended(code); });
+//     run_script(script, tracks, this, run_notify_.get());
+//
+// Main thread.
+#pragma once
+
+#include "host/api/completion.h"
+
+#include <functional>
+#include <memory>
+
+namespace quorvex {
+
+class RevocableNotify {
+public:
+    using Call = std::function<void(std::uint32_t code)>;
+
+    RevocableNotify() = default;
+    /// Whoever still holds the notify calls into nothing from now on.
+    ~RevocableNotify() { revoke(); }
+    RevocableNotify(const RevocableNotify&) = delete;
+    RevocableNotify& operator=(const RevocableNotify&) = delete;
+
+    /// Makes a new notify in place of the last, which no longer does anything.
+    void renew(Call call) {
+        revoke();
+        notify_ = vantaro::make_service<Notify>(std::move(call));
+    }
+    vantaro::CompletionNotify* get() const { return notify_.get(); }
+
+private:
+    class Notify final : public vantaro::HeapService<vantaro::CompletionNotify> {
+    public:
+        explicit Notify(Call call) : call_(std::make_shared<Call>(std::move(call))) {}
+        void notify(std::uint32_t code) override {
+            // The call may end the window, and this with it.
+            if (const std::shared_ptr<Call> call = call_)
+                (*call)(code);
+        }
+        void revoke() { call_.reset(); }
+
+    private:
+        std::shared_ptr<Call> call_;
+    };
+
+    void revoke() {
+        if (notify_)
+            notify_->revoke();
+    }
+
+    vantaro::Ref<Notify> notify_;
+};
+
+} // namespace quorvex

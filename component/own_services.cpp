@@ -20,6 +20,10 @@ void set_library_path(const char* path, const char* file_name) {
     module_file_name = file_name;
 }
 
+const std::string& library_path() {
+    return module_path;
+}
+
 void VersionRecord::get_file_name(TextSink& out) {
     set_text(out, module_file_name);
 }

@@ -16,6 +16,7 @@ inline constexpr const char* component_version = "1.9";
 
 /// Where the host says the component's library lies. Empty until the host has said so.
 void set_library_path(const char* path, const char* file_name);
+const std::string& library_path();
 
 class VersionRecord final : public vantaro::StaticService<vantaro::ComponentVersion> {
 public:

@@ -69,10 +69,9 @@ void DropDownBox::set_entries(const std::vector<std::string>& entries) {
 }
 
 void DropDownBox::add_entry(const std::string& entry) {
-    std::vector<std::string> entries;
+    std::vector<std::string> entries{entry};
     for (int i = 0; i < count(); ++i)
-        entries.push_back(itemText(i).toStdString());
-    entries.push_back(entry);
+        entries.emplace(entries.end() - 1, itemText(i).toStdString());
     set_entries(entries);
 }
 

@@ -25,7 +25,7 @@ else
     for tool in g++ cmake ninja pkg-config python3 ffmpeg metaflac; do
         command -v "$tool" >/dev/null || missing="$missing $tool"
     done
-    for library in taglib icu-uc Qt6Core; do
+    for library in taglib icu-uc Qt6Widgets; do
         pkg-config --exists "$library" 2>/dev/null || missing="$missing $library"
     done
     if [ -n "$missing" ]; then

@@ -80,8 +80,9 @@ public:
         std::string items;
         QAction* picked = nullptr;
         for (QAction* action : menu->actions()) {
-            items += action->text().toStdString() + '|';
-            if (action->text().toStdString() == kind)
+            const std::string name = action->text().remove('&').toStdString();
+            items += name + '|';
+            if (name == kind)
                 picked = action;
         }
         if (picked)

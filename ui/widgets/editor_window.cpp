@@ -13,6 +13,7 @@
 #include "ui/widgets/change_counter.h"
 #include "ui/widgets/dialog_services.h"
 #include "ui/widgets/help.h"
+#include "ui/widgets/mnemonics.h"
 #include "ui/widgets/pattern_tip.h"
 #include "ui/widgets/placement.h"
 #include "ui/widgets/script_commands.h"
@@ -230,9 +231,12 @@ void EditorWindow::set_up_commands() {
 void EditorWindow::show_add_menu() {
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    for (const ActionMenuEntry& entry : action_menu())
-        connect(menu->addAction(QString::fromStdString(entry.name).replace('&', "&&")), &QAction::triggered,
-                this, [this, entry] { guarded([&] { add(*entry.type, entry.name); }); });
+    QSet<QChar> taken;
+    for (const ActionMenuEntry& entry : action_menu()) {
+        const QString name = QString::fromStdString(entry.name).replace('&', "&&");
+        connect(menu->addAction(with_mnemonic(name, taken)), &QAction::triggered, this,
+                [this, entry] { guarded([&] { add(*entry.type, entry.name); }); });
+    }
     // Beside the button: below it, or above where the screen ends.
     const QPushButton& button = get<QPushButton>(editor_control::add);
     QPoint corner = button.mapToGlobal(QPoint(0, button.height()));

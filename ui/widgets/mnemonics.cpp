@@ -2,16 +2,12 @@
 
 #include <QCheckBox>
 #include <QLabel>
-#include <QSet>
+
+#include <algorithm>
 
 namespace quorvex {
 
-namespace {
-
-/// The text with a letter marked that `taken` does not have: the first of a word if one is free.
-QString marked(const QString& text, QSet<QChar>& taken) {
-    if (text.contains('&'))
-        return text;
+QString with_mnemonic(const QString& text, QSet<QChar>& taken) {
     for (const bool first_of_word : {true, false}) {
         for (qsizetype i = 0; i < text.size(); ++i) {
             const QChar letter = text[i].toLower();
@@ -25,14 +21,14 @@ QString marked(const QString& text, QSet<QChar>& taken) {
     return text;
 }
 
-} // namespace
-
 void add_mnemonics(const std::vector<QLabel*>& labels, const std::vector<QCheckBox*>& boxes) {
     QSet<QChar> taken;
-    for (QLabel* label : labels)
-        label->setText(marked(label->text(), taken));
-    for (QCheckBox* box : boxes)
-        box->setText(marked(box->text(), taken));
+    const auto mark = [&](auto* widget) {
+        if (!widget->text().contains('&'))
+            widget->setText(with_mnemonic(widget->text(), taken));
+    };
+    std::ranges::for_each(labels, mark);
+    std::ranges::for_each(boxes, mark);
 }
 
 } // namespace quorvex

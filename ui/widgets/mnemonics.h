@@ -3,12 +3,19 @@
 // Main thread.
 #pragma once
 
+#include <QSet>
+#include <QString>
+
 #include <vector>
 
 class QCheckBox;
 class QLabel;
 
 namespace quorvex {
+
+/// The text with "&" before a letter that `taken` does not have, the first of a word if one is free, and the
+/// letter taken. A text without a free letter stays as it is.
+QString with_mnemonic(const QString& text, QSet<QChar>& taken);
 
 /// Gives each of a dialog's labels and check boxes a letter of its own, where its text marks none ("&Name")
 /// and has one left. The texts read as before, with that letter underlined.

@@ -81,6 +81,9 @@ public:
     /// Prints a line on the console.
     void report(std::string_view line) { console_.print(line.data(), line.size()); }
 
+    /// What components take for the main window; nullptr for none, as at first. It outlives its being set.
+    void set_main_window(WindowHandle window) { main_window_ = window; }
+
     /// Calls `visit(I&)` for every service of the class.
     template <class I, class Visit>
     void for_each_service(Visit&& visit) {
@@ -94,7 +97,7 @@ public:
     ServiceClass* find_service_class(const Guid& class_guid) override { return registry_.find(class_guid); }
     void create_service(ServiceClass* service_class, std::size_t index, ServiceBase*& out) override;
     std::size_t count_services(ServiceClass* service_class) override { return service_class->records.size(); }
-    WindowHandle main_window() override { return nullptr; }
+    WindowHandle main_window() override { return main_window_; }
     void ensure_main_thread() override;
     bool is_main_thread() override { return main_thread_.is_current(); }
 
@@ -105,6 +108,7 @@ private:
     Interrupt& interrupt_;
     HostConsole& console_;
     const std::string component_dir_;
+    WindowHandle main_window_ = nullptr;
     ServiceRegistry registry_;
     MainThread main_thread_;
     Clock clock_;

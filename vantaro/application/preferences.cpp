@@ -5,6 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <filesystem>
 #include <optional>
 
 namespace vantaro::core {
@@ -23,11 +24,15 @@ void take(const Json& json, const char* name, T& target, const IsFitting& is_fit
     target = value->get<T>();
 }
 
+std::string path_in(const std::string& config_dir) {
+    return config_dir + "/preferences.json";
+}
+
 } // namespace
 
 Preferences load_preferences(const std::string& config_dir,
                              const std::function<void(const std::string& line)>& report) {
-    const std::string path = config_dir + "/preferences.json";
+    const std::string path = path_in(config_dir);
     try {
         const std::optional<std::string> text = read_file(path);
         if (!text)
@@ -47,6 +52,26 @@ Preferences load_preferences(const std::string& config_dir,
         report(path + ": " + error.what() + "; the defaults hold.");
         return {};
     }
+}
+
+void save_preferences(const std::string& config_dir, const Preferences& preferences) {
+    // A link stays one: the file that it leads to is replaced.
+    const std::string file = follow_links(path_in(config_dir));
+    make_folder(std::filesystem::path(file).parent_path().string());
+    const FileLock lock(file + ".lock");
+    const std::optional<std::string> old_text = read_file(file);
+    auto json = nlohmann::ordered_json::object();
+    if (old_text) {
+        json = nlohmann::ordered_json::parse(*old_text, nullptr, false);
+        if (!json.is_object()) {
+            set_copy_aside(file, "broken", *old_text);
+            json = nlohmann::ordered_json::object();
+        }
+    }
+    json["undo_days"] = preferences.undo.days;
+    json["undo_bytes"] = preferences.undo.bytes;
+    json["keep_times"] = preferences.keep_times;
+    replace_file(file, json.dump(4) + '\n');
 }
 
 } // namespace vantaro::core

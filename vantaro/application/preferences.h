@@ -26,4 +26,8 @@ struct Preferences {
 Preferences load_preferences(const std::string& config_dir,
                              const std::function<void(const std::string& line)>& report);
 
+/// Puts the preferences into the file, and leaves whatever else it says as it is. A file that is no JSON
+/// object is kept under another name. Throws: vantaro_io::exception_io; the file is as it was then.
+void save_preferences(const std::string& config_dir, const Preferences& preferences);
+
 } // namespace vantaro::core

@@ -1,10 +1,12 @@
 // The host program. With arguments that a component takes ("/tag:title=x"), or a command of the context menu
-// to carry out, it does the work and exits.
+// to carry out, it does the work and exits. Otherwise it shows its window.
 
 #include "vantaro/application/argument_distributor.h"
 #include "vantaro/application/context_menu.h"
 #include "vantaro/application/exit_status.h"
 #include "vantaro/application/host.h"
+#include "vantaro/desktop/desktop.h"
+#include "vantaro/locations/location_text.h"
 #include "vantaro/terminal/terminal.h"
 #include "vantaro/terminal/update_lines.h"
 
@@ -12,9 +14,15 @@
 
 #include <QCoreApplication>
 
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace vantaro::core {
@@ -67,19 +75,47 @@ int run_menu_command(Host& host, Terminal& terminal, const std::string& path_or_
     return host.tag_io().has_failures() ? exit_status::some_failed : exit_status::done;
 }
 
-int distribute(Host& host, Terminal& terminal, const TerminalMessage& message,
-               const std::vector<std::string>& arguments) {
+int say_nothing_to_do(Terminal& terminal) {
+    terminal.line("Nothing to do: name a command before the files; /tag:help lists the commands.");
+    return exit_status::not_begun;
+}
+
+/// What came of the arguments.
+struct Distributed {
+    bool has_taken_any = false;
+    int status = exit_status::done;
+};
+
+Distributed distribute(Host& host, const TerminalMessage& message,
+                       const std::vector<std::string>& arguments) {
     ArgumentDistributor distributor(host, [&] { return message.shown(); });
     for (const std::string& argument : arguments)
         if (!host.interrupt().is_aborting())
             distributor.offer(argument);
     distributor.finish();
     host.wait_until_idle();
-    if (!distributor.has_taken_any()) {
-        terminal.line("Nothing to do: name a command before the files; /tag:help lists the commands.");
-        return exit_status::not_begun;
-    }
-    return host.tag_io().has_failures() ? exit_status::some_failed : exit_status::done;
+    return {distributor.has_taken_any(),
+            host.tag_io().has_failures() ? exit_status::some_failed : exit_status::done};
+}
+
+/// The arguments that the window can show. Something else among them is a mistake, unless nothing is right.
+bool name_any_files(const std::vector<std::string>& arguments) {
+    return std::ranges::any_of(arguments, [](const std::string& argument) {
+        std::error_code error;
+        return starts_with_ignoring_case(argument, "file://") || std::filesystem::exists(argument, error);
+    });
+}
+
+/// Starts the program over, as one with a window. Components are not made to be loaded a second time, and the
+/// toolkit's two kinds of applications do not follow each other in one process.
+/// Throws: std::system_error; otherwise it does not return.
+[[noreturn]] void start_over_with_window(const std::vector<char*>& arguments) {
+    std::string option = "--window";
+    std::vector<char*> all{arguments.front(), option.data()};
+    all.insert(all.end(), arguments.begin() + 1, arguments.end());
+    all.push_back(nullptr);
+    ::execv(std::filesystem::read_symlink("/proc/self/exe").c_str(), all.data());
+    throw std::system_error(errno, std::generic_category(), "The window cannot be opened");
 }
 
 /// What the user asked for, without the files.
@@ -91,43 +127,24 @@ std::string joined_commands(const std::vector<std::string>& arguments) {
     return result;
 }
 
-int run(int argc, char** argv) {
-    CLI::App options(
-        "Vantaro edits the tags of music files.\n\n"
-        "ARGUMENT is a command of a component, such as '/tag:genre=Jazz', followed by the files, folders "
-        "and playlists that it is for; /tag:help lists the commands.",
-        "vantaro");
+/// What the command line says.
+struct CommandLine {
     HostSetup setup;
     std::vector<std::string> arguments;
-    options.add_option("--config-dir", setup.config_dir, "Folder of the stored settings")->type_name("DIR");
-    options.add_option("--components", setup.component_dir, "Folder of the components")->type_name("DIR");
-    options.add_option("--jobs", setup.jobs, "Files to read and to write at a time")
-        ->type_name("N")
-        ->check(CLI::Range(1, 64));
     bool list = false;
     bool yes = false;
+    bool window = false;
     std::string menu_command;
-    options.add_option("--code-page", setup.code_page, "Character set of cue sheets that are not UTF-8")
-        ->type_name("NAME");
-    options
-        .add_option("--menu", menu_command,
-                    "Carry out a command of the context menu, given by its path or GUID, on the files")
-        ->type_name("COMMAND");
-    options.add_flag("--list-menu", list, "List the commands of the context menu");
-    options.add_flag("--yes", yes, "Answer every question with yes");
-    options.add_option("ARGUMENT", arguments, "Commands and files")->type_name("");
-    options.set_version_flag("--version", std::string("Vantaro ") + host_version);
-    try {
-        options.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return options.exit(error) == 0 ? exit_status::done : exit_status::not_begun;
-    }
+};
 
+/// In the terminal. Sets `wants_window` when there is nothing to do there, and a window can be opened.
+int run_in_terminal(int& argc, char** argv, const CommandLine& line, bool& wants_window) {
     Interrupt interrupt;
     Terminal terminal;
     TerminalConsole console(terminal);
     TerminalMessage message;
-    TerminalQuestion question(terminal, yes);
+    TerminalQuestion question(terminal, line.yes);
+    HostSetup setup = line.setup;
     setup.interrupt = &interrupt;
     setup.console = &console;
     setup.message = &message;
@@ -139,13 +156,77 @@ int run(int argc, char** argv) {
     Host host(setup);
     host.load_components();
 
-    host.tag_io().set_activity(menu_command.empty() ? joined_commands(arguments) : menu_command);
-    const int status = list                    ? list_menu(host)
-                       : !menu_command.empty() ? run_menu_command(host, terminal, menu_command, arguments)
-                                               : distribute(host, terminal, message, arguments);
+    host.tag_io().set_activity(line.menu_command.empty() ? joined_commands(line.arguments)
+                                                         : line.menu_command);
+    int status = exit_status::done;
+    if (line.list) {
+        status = list_menu(host);
+    } else if (!line.menu_command.empty()) {
+        status = run_menu_command(host, terminal, line.menu_command, line.arguments);
+    } else {
+        const Distributed distributed = distribute(host, message, line.arguments);
+        status = distributed.status;
+        if (!distributed.has_taken_any && !interrupt.flag().is_aborting()) {
+            wants_window = has_display() && name_any_files(line.arguments);
+            if (!wants_window)
+                status = say_nothing_to_do(terminal);
+        }
+    }
     host.save_configurations();
     host.close();
     return interrupt.flag().is_aborting() ? exit_status::interrupted : status;
+}
+
+int run_with_window(int& argc, char** argv, const CommandLine& line) {
+    if (has_display())
+        return run_desktop(argc, argv, line.setup, line.arguments);
+    Terminal().line("vantaro: There is no display to open a window on.");
+    return exit_status::not_begun;
+}
+
+int run(int argc, char** argv) {
+    CLI::App options(
+        "Vantaro edits the tags of music files.\n\n"
+        "ARGUMENT is a command of a component, such as '/tag:genre=Jazz', followed by the files, folders "
+        "and playlists that it is for; /tag:help lists the commands. Without a command a window shows the "
+        "files.",
+        "vantaro");
+    CommandLine line;
+    options.add_option("--config-dir", line.setup.config_dir, "Folder of the stored settings")
+        ->type_name("DIR");
+    options.add_option("--components", line.setup.component_dir, "Folder of the components")
+        ->type_name("DIR");
+    options.add_option("--jobs", line.setup.jobs, "Files to read and to write at a time")
+        ->type_name("N")
+        ->check(CLI::Range(1, 64));
+    options.add_option("--code-page", line.setup.code_page, "Character set of cue sheets that are not UTF-8")
+        ->type_name("NAME");
+    options
+        .add_option("--menu", line.menu_command,
+                    "Carry out a command of the context menu, given by its path or GUID, on the files")
+        ->type_name("COMMAND");
+    options.add_flag("--list-menu", line.list, "List the commands of the context menu");
+    // How the program starts itself over; nothing for the help text.
+    options.add_flag("--window", line.window)->group("");
+    options.add_flag("--yes", line.yes, "Answer every question with yes");
+    options.add_option("ARGUMENT", line.arguments, "Commands and files")->type_name("");
+    options.set_version_flag("--version", std::string("Vantaro ") + host_version);
+    try {
+        options.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return options.exit(error) == 0 ? exit_status::done : exit_status::not_begun;
+    }
+
+    // Qt takes arguments of its own out of the list.
+    const std::vector<char*> all_arguments(argv, argv + argc);
+    const bool names_nothing = line.arguments.empty() && !line.list && line.menu_command.empty();
+    bool wants_window = line.window || (names_nothing && has_display());
+    if (wants_window)
+        return run_with_window(argc, argv, line);
+    const int status = run_in_terminal(argc, argv, line, wants_window);
+    if (wants_window)
+        start_over_with_window(all_arguments);
+    return status;
 }
 
 } // namespace

@@ -1,0 +1,376 @@
+#include "vantaro/desktop/main_window.h"
+
+#include "vantaro/windows/preferences_window.h"
+#include "vantaro/windows/update_window.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDateTime>
+#include <QDesktopServices>
+#include <QFileDialog>
+#include <QHeaderView>
+#include <QLocale>
+#include <QMessageBox>
+#include <QStatusBar>
+#include <QUrl>
+#include <QWindow>
+
+#include <algorithm>
+
+namespace vantaro::core {
+
+namespace {
+
+constexpr int save_delay = 2000;    // milliseconds after something that may have changed a configuration
+constexpr int summary_delay = 40;   // milliseconds: a selection that is being drawn changes all the time
+constexpr int hint_duration = 8000; // milliseconds
+
+/// Passes an update on to its window, and counts it as long as it lives.
+class CountedWatcher final : public UpdateWatcher {
+public:
+    CountedWatcher(std::unique_ptr<UpdateWatcher> watcher, std::shared_ptr<int> count)
+        : watcher_(std::move(watcher)), count_(std::move(count)) {
+        ++*count_;
+    }
+    ~CountedWatcher() override { --*count_; }
+    void on_track(const TrackOutcome& outcome, std::size_t done, std::size_t total) override {
+        watcher_->on_track(outcome, done, total);
+    }
+    void on_end(const UpdateReport& report) override { watcher_->on_end(report); }
+
+private:
+    const std::unique_ptr<UpdateWatcher> watcher_;
+    const std::shared_ptr<int> count_;
+};
+
+QString counted(std::size_t count, const char* one, const char* several) {
+    return QLocale().toString(static_cast<qulonglong>(count)) + u' '
+           + QString::fromLatin1(count == 1 ? one : several);
+}
+
+double length_of(const Track& track) {
+    const Ref<HeldInfo> held = track.held();
+    return held ? held->info().length() : 0;
+}
+
+} // namespace
+
+MainWindow::MainWindow(Host& host, const WindowSetup& setup)
+    : host_(host), setup_(setup), memory_(setup.config_dir),
+      model_([&host](const std::string& line) { host.report(line); }), list_(new TrackList(model_, this)),
+      loader_(host, model_), commands_(host, *list_, loader_, *this, setup.config_dir),
+      disk_changes_([&host](const std::string& line) { host.report(line); }), undo_(host.runs()) {
+    setWindowTitle(QStringLiteral("Vantaro"));
+    resize(list_->width_of_columns(), fontMetrics().height() * 40);
+    setContextMenuPolicy(Qt::NoContextMenu);
+    setCentralWidget(list_);
+    list_->on_drop = [this](std::vector<std::string> locations) { add(std::move(locations)); };
+    connect(list_, &QWidget::customContextMenuRequested, this,
+            [this](const QPoint& place) { show_context_menu(place); });
+    make_status_bar();
+    make_menus();
+    memory_.restore(*this, *list_);
+
+    loader_.on_change = [this] { show_progress(); };
+    commands_.on_hint = [this](const QString& text) { statusBar()->showMessage(text, hint_duration); };
+    commands_.on_executed = [this] { save_timer_.start(); };
+    save_timer_.setSingleShot(true);
+    save_timer_.setInterval(save_delay);
+    connect(&save_timer_, &QTimer::timeout, this, [this] { save_configurations(); });
+    // A dialog that opens or closes moves the focus; it may have changed something by then.
+    connect(qApp, &QGuiApplication::focusWindowChanged, this, [this] { save_timer_.start(); });
+    connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+        if (state != Qt::ApplicationActive)
+            save_configurations();
+    });
+    summary_timer_.setSingleShot(true);
+    summary_timer_.setInterval(summary_delay);
+    connect(&summary_timer_, &QTimer::timeout, this, [this] { show_selection(); });
+    const auto show_soon = [this] {
+        if (!summary_timer_.isActive())
+            summary_timer_.start();
+    };
+    connect(list_->selectionModel(), &QItemSelectionModel::selectionChanged, this, show_soon);
+    connect(&model_, &QAbstractItemModel::dataChanged, this, show_soon);
+    connect(&model_, &QAbstractItemModel::rowsInserted, this, show_soon);
+    connect(&model_, &QAbstractItemModel::rowsRemoved, this, show_soon);
+    connect(&model_, &QAbstractItemModel::modelReset, this, show_soon);
+    host_.tag_io().add_change_listener(this);
+    show_selection();
+    show_progress();
+}
+
+MainWindow::~MainWindow() {
+    host_.tag_io().remove_change_listener(this);
+    // The list uses the model, which would go first.
+    delete list_;
+}
+
+void MainWindow::add(std::vector<std::string> locations) {
+    loader_.add(std::move(locations));
+    show_progress();
+}
+
+std::unique_ptr<UpdateWatcher> MainWindow::watch(std::size_t total, QWidget* parent) {
+    return std::make_unique<CountedWatcher>(
+        make_update_window(host_.tag_io(), parent ? parent : this, total, QStringLiteral("Updating tags")),
+        updates_);
+}
+
+void MainWindow::tags_changed(TrackHandle* const*, std::size_t) {
+    model_.refresh();
+}
+
+void MainWindow::show_progress() {
+    const TrackLoader::Progress progress = loader_.progress();
+    const bool is_busy = loader_.is_busy() && !is_closing_;
+    progress_text_->setVisible(is_busy);
+    progress_bar_->setVisible(is_busy);
+    cancel_button_->setVisible(is_busy);
+    if (!is_busy)
+        return;
+    if (progress.is_finding_files) {
+        progress_text_->setText(QStringLiteral("Looking for files…"));
+        progress_bar_->setRange(0, 0);
+        return;
+    }
+    const QLocale locale;
+    progress_text_->setText(QStringLiteral("Reading tags: %1 of %2")
+                                .arg(locale.toString(static_cast<qulonglong>(progress.done)),
+                                     locale.toString(static_cast<qulonglong>(progress.total))));
+    progress_bar_->setRange(0, static_cast<int>(progress.total));
+    progress_bar_->setValue(static_cast<int>(progress.done));
+}
+
+void MainWindow::show_selection() {
+    const std::vector<int> selected = list_->selected_rows();
+    for (QAction* action : selection_actions_)
+        action->setEnabled(!selected.empty());
+    const auto count = static_cast<std::size_t>(model_.rowCount());
+    clear_action_->setEnabled(count > 0);
+    if (count == 0) {
+        summary_->clear();
+        return;
+    }
+    double seconds = 0;
+    if (selected.empty())
+        for (int row = 0; row < model_.rowCount(); ++row)
+            seconds += length_of(model_.track(row));
+    for (const int row : selected)
+        seconds += length_of(model_.track(row));
+    QString text = counted(count, "track", "tracks");
+    if (!selected.empty())
+        text = QStringLiteral("%1 of %2 selected")
+                   .arg(QLocale().toString(static_cast<qulonglong>(selected.size())), text);
+    if (seconds > 0)
+        text += QStringLiteral("  ·  ") + duration_text(seconds);
+    summary_->setText(text);
+}
+
+void MainWindow::choose_files() {
+    const QStringList names = QFileDialog::getOpenFileNames(this, QStringLiteral("Add files"));
+    std::vector<std::string> locations;
+    for (const QString& name : names)
+        locations.push_back(QFile::encodeName(name).toStdString());
+    add(std::move(locations));
+}
+
+void MainWindow::choose_folder() {
+    const QString name = QFileDialog::getExistingDirectory(this, QStringLiteral("Add folder"));
+    if (!name.isEmpty())
+        add({QFile::encodeName(name).toStdString()});
+}
+
+void MainWindow::remove_selected() {
+    const std::vector<int> rows = list_->selected_rows();
+    if (rows.empty())
+        return;
+    model_.remove(rows);
+    // The keyboard goes on where the rows were.
+    const int next = std::min(rows.front(), model_.rowCount() - 1);
+    if (next >= 0)
+        list_->selectionModel()->setCurrentIndex(model_.index(next, list_->header()->logicalIndexAt(0)),
+                                                 QItemSelectionModel::ClearAndSelect
+                                                     | QItemSelectionModel::Rows);
+}
+
+void MainWindow::clear_list() {
+    loader_.cancel();
+    model_.clear();
+}
+
+void MainWindow::open_folder() {
+    const std::vector<Track*> tracks = list_->selected_tracks();
+    if (tracks.empty())
+        return;
+    const QString path = QFile::decodeName(tracks.front()->path());
+    QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(path).path()));
+}
+
+void MainWindow::show_preferences_window() {
+    show_preferences(host_, setup_.config_dir, this);
+    save_configurations();
+}
+
+void MainWindow::show_about() {
+    QString text = QStringLiteral("<h3>Vantaro %1</h3><p>Edits the tags of music files.</p>")
+                       .arg(QLatin1String(host_version));
+    QString components;
+    host_.for_each_service<ComponentVersion>([&](ComponentVersion& component) {
+        const auto shown = [](const std::string& part) {
+            return QString::fromStdString(part).toHtmlEscaped();
+        };
+        components += QStringLiteral("<tr><td>%1</td><td>&nbsp;&nbsp;%2</td></tr>")
+                          .arg(shown(text_of([&](TextSink& out) { component.get_component_name(out); })),
+                               shown(text_of([&](TextSink& out) { component.get_version(out); })));
+    });
+    if (!components.isEmpty())
+        text += QStringLiteral("<p>Components:</p><table>%1</table>").arg(components);
+    auto* box =
+        new QMessageBox(QMessageBox::NoIcon, QStringLiteral("About Vantaro"), text, QMessageBox::Close, this);
+    box->setTextFormat(Qt::RichText);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && list_ && !is_closing_)
+        look_at_files();
+}
+
+void MainWindow::look_at_files() {
+    if (*updates_ > 0 || undo_.is_running())
+        return;
+    std::vector<Track*> tracks = list_->visible_tracks();
+    const std::vector<Track*> selected = list_->selected_tracks();
+    tracks.insert(tracks.end(), selected.begin(), selected.end());
+    std::ranges::sort(tracks);
+    tracks.erase(std::unique(tracks.begin(), tracks.end()), tracks.end());
+    // The others wait to be read anyway.
+    std::erase_if(tracks, [this](Track* track) { return !track->held() && !model_.has_failed(*track); });
+    disk_changes_.look_at(std::move(tracks),
+                          [this](std::vector<Track*> changed) { loader_.read(std::move(changed)); });
+}
+
+bool MainWindow::ask(const QString& title, const QString& text) {
+    const std::string title_bytes = title.toStdString();
+    const std::string text_bytes = text.toStdString();
+    PopupQuestion::Request request;
+    request.title = title_bytes.c_str();
+    request.message = text_bytes.c_str();
+    request.buttons = button::yes | button::no;
+    request.default_button = button::yes;
+    request.icon = popup_icon::warning;
+    request.parent = this;
+    is_asking_ = true;
+    const bool is_yes = (setup_.question.ask(request) & button::yes) != 0;
+    is_asking_ = false;
+    return is_yes;
+}
+
+void MainWindow::undo_last_run() {
+    if (*updates_ > 0 || undo_.is_running()) {
+        statusBar()->showMessage(QStringLiteral("Tags are being written: undo when that has ended."),
+                                 hint_duration);
+        return;
+    }
+    std::optional<RunSummary> run;
+    try {
+        run = newest_run_to_undo(host_.runs().runs());
+    } catch (const std::exception& error) {
+        host_.report(error.what());
+    }
+    if (!run) {
+        statusBar()->showMessage(QStringLiteral("There is nothing to undo."), hint_duration);
+        return;
+    }
+    const QString time =
+        QLocale().toString(QDateTime::fromMSecsSinceEpoch(run->start.time / 1'000'000), QLocale::ShortFormat);
+    const QString name =
+        run->start.activity.empty() ? QStringLiteral("The run") : QString::fromStdString(run->start.activity);
+    if (!ask(QStringLiteral("Undo last run"),
+             QStringLiteral("%1 of %2 changed %3. Give each its previous content again?")
+                 .arg(name, time, counted(run->files, "file", "files")))
+        || is_closing_)
+        return;
+    undo_.start(*run, this, [this](const RunUndo::Outcome& outcome) { end_undo(outcome); });
+}
+
+void MainWindow::end_undo(const RunUndo::Outcome& outcome) {
+    for (const std::string& line : outcome.failures)
+        host_.report(line);
+    for (const std::string& line : {outcome.error, outcome.report.problem})
+        if (!line.empty())
+            host_.report(line);
+    std::vector<Track*> tracks;
+    for (const std::string& path : outcome.put_back)
+        if (Track& track = host_.tracks().get(path, 0); model_.contains(track))
+            tracks.push_back(&track);
+    if (is_closing_)
+        return;
+    if (!tracks.empty())
+        loader_.read(std::move(tracks));
+    QString text = counted(outcome.report.put_back, "file", "files") + QStringLiteral(" put back");
+    if (!outcome.error.empty())
+        text = QString::fromStdString(outcome.error);
+    else if (outcome.report.aborted)
+        text += QStringLiteral("; cancelled, the others were not touched");
+    if (!outcome.failures.empty())
+        text += QStringLiteral("; %1 left as they are, which the console explains")
+                    .arg(counted(outcome.failures.size(), "file", "files"));
+    statusBar()->showMessage(text + u'.', hint_duration);
+}
+
+bool MainWindow::may_stop_updates() {
+    if (*updates_ == 0 && !undo_.is_running())
+        return true;
+    return ask(QStringLiteral("Quit"),
+               QStringLiteral("Files are being written. Stop after those under way, and quit? "
+                              "Each file is then either done or untouched."));
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    event->accept();
+    if (is_closing_)
+        return;
+    if (is_asking_) {
+        event->ignore();
+        return;
+    }
+    bool may_close = may_stop_updates();
+    for (QWidget* window : setup_.dialogs.windows())
+        may_close = may_close && window->close();
+    // Meanwhile the program may have been told to end.
+    if (may_close && !is_closing_)
+        shut_down();
+    event->setAccepted(is_closing_);
+}
+
+void MainWindow::close_at_once() {
+    if (is_closing_)
+        return;
+    shut_down();
+    hide();
+}
+
+void MainWindow::shut_down() {
+    is_closing_ = true;
+    loader_.cancel();
+    undo_.cancel();
+    host_.tag_io().abort_all();
+    if (!memory_.store(*this, *list_))
+        host_.report("What the window looks like could not be stored in " + setup_.config_dir);
+    save_configurations();
+    if (on_closed)
+        on_closed();
+}
+
+void MainWindow::save_configurations() {
+    save_timer_.stop();
+    host_.save_configurations();
+    if (!is_closing_)
+        commands_.update_shortcuts();
+}
+
+} // namespace vantaro::core

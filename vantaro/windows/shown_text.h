@@ -1,0 +1,21 @@
+// Texts of files and components as windows show them.
+//
+//     label.setText(shown_text(track.path()));
+//
+// Any thread.
+#pragma once
+
+#include "vantaro/terminal/terminal.h"
+
+#include <QString>
+
+#include <string_view>
+
+namespace vantaro::core {
+
+/// One line: what is not UTF-8 as replacement characters, control characters as "_".
+inline QString shown_text(std::string_view text) {
+    return QString::fromStdString(printable(text));
+}
+
+} // namespace vantaro::core

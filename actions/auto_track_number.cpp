@@ -9,6 +9,18 @@ using namespace vantaro;
 
 namespace {
 
+/// As the album of a track is found: from the tags that the host holds.
+PatternResult try_album(std::span<const std::string> texts, const PatternSample* sample) {
+    const std::string& pattern = texts[AutoTrackNumber::pattern];
+    if (auto fault = compile_fault(pattern))
+        return *std::move(fault);
+    if (!sample)
+        return {};
+    if (pattern.empty())
+        return {PatternResult::State::remark, "All tracks are one album"};
+    return {PatternResult::State::result, TitleScript().format_held(pattern, *sample->track)};
+}
+
 constexpr Control controls[] = {
     label("Album separation pattern (leave empty to treat all items as one album):", {4, 3, 232, 8}),
     edit(1001, {4, 12, 232, 12}, control_flag::scrolls),
@@ -16,7 +28,7 @@ constexpr Control controls[] = {
     cancel_button(184, 26),
 };
 constexpr SettingControl bound[] = {
-    {1001, AutoTrackNumber::pattern, any_text, nullptr, try_title_setting<AutoTrackNumber::pattern>},
+    {1001, AutoTrackNumber::pattern, any_text, nullptr, try_album},
 };
 
 } // namespace

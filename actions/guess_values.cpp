@@ -39,10 +39,16 @@ PatternResult try_file_name(std::span<const std::string> texts, const PatternSam
     return guessed(fields, take_last_part(rest));
 }
 
+/// The source has no time.
 PatternResult try_source(std::span<const std::string> texts, const PatternSample* sample) {
-    PatternResult source = try_title_pattern(texts[GuessFromFields::source], sample);
-    return !sample || source.is_error ? source
-                                      : try_guess_pattern(source.text, texts[GuessFromFields::pattern]);
+    return try_title_pattern(texts[GuessFromFields::source], sample, 0);
+}
+
+PatternResult try_pattern(std::span<const std::string> texts, const PatternSample* sample) {
+    PatternResult source = try_source(texts, sample);
+    return source.state == PatternResult::State::result
+               ? try_guess_pattern(source.text, texts[GuessFromFields::pattern])
+               : source;
 }
 
 constexpr Control file_name_controls[] = {
@@ -63,9 +69,8 @@ constexpr Control fields_controls[] = {
     cancel_button(204, 56),
 };
 constexpr SettingControl bound_fields[] = {
-    {1028, GuessFromFields::source, a_pattern, &formatting_pattern_history,
-     try_title_setting<GuessFromFields::source>},
-    {1008, GuessFromFields::pattern, a_pattern, &guess_pattern_history, try_source},
+    {1028, GuessFromFields::source, a_pattern, &formatting_pattern_history, try_source},
+    {1008, GuessFromFields::pattern, a_pattern, &guess_pattern_history, try_pattern},
 };
 
 } // namespace

@@ -15,17 +15,6 @@ using namespace vantaro;
 
 namespace {
 
-/// In units of 100 ns since 1601-01-01 UTC.
-std::uint64_t now() {
-    using namespace std::chrono;
-    constexpr sys_days start = 1601y / January / 1;
-    using Unit = duration<std::int64_t, std::ratio<1, 10'000'000>>;
-    // Nanoseconds since 1601 would not fit.
-    return static_cast<std::uint64_t>((duration_cast<Unit>(system_clock::now().time_since_epoch())
-                                       - duration_cast<Unit>(start.time_since_epoch()))
-                                          .count());
-}
-
 /// What the host says of a pattern that does not compile.
 std::string explanation(const std::string& pattern) {
     std::string text = "The pattern does not compile.";
@@ -44,18 +33,32 @@ std::string explanation(const std::string& pattern) {
 
 } // namespace
 
-PatternResult try_title_pattern(const std::string& pattern, const PatternSample* sample) {
+std::uint64_t present_time() {
+    using namespace std::chrono;
+    constexpr sys_days start = 1601y / January / 1;
+    using Unit = duration<std::int64_t, std::ratio<1, 10'000'000>>;
+    // Nanoseconds since 1601 would not fit.
+    return static_cast<std::uint64_t>((duration_cast<Unit>(system_clock::now().time_since_epoch())
+                                       - duration_cast<Unit>(start.time_since_epoch()))
+                                          .count());
+}
+
+std::optional<PatternResult> compile_fault(const std::string& pattern) {
     TitleFormatScript* compiled = nullptr;
     if (!required_service<TitleFormatCompiler>()->compile(compiled, pattern.c_str()))
-        return {true, explanation(pattern)};
-    const auto script = Ref<TitleFormatScript>::adopt(compiled);
+        return PatternResult{PatternResult::State::remark, explanation(pattern)};
+    Ref<TitleFormatScript>::adopt(compiled);
+    return std::nullopt;
+}
+
+PatternResult try_title_pattern(const std::string& pattern, const PatternSample* sample, std::uint64_t time) {
+    if (auto fault = compile_fault(pattern))
+        return *std::move(fault);
     if (!sample)
         return {};
-    FieldProvider fields(sample->index, sample->total, now());
-    const std::string text = text_of([&](TextSink& out) {
-        sample->track->format_title_from(sample->info, &fields, out, *script, nullptr);
-    });
-    return {false, text.empty() ? "(empty)" : text};
+    FieldProvider fields(sample->index, sample->total, time);
+    return {PatternResult::State::result,
+            TitleScript().format(pattern, *sample->track, sample->info, &fields)};
 }
 
 PatternResult try_guess_pattern(std::string_view subject, std::string_view pattern) {
@@ -66,8 +69,8 @@ PatternResult try_guess_pattern(std::string_view subject, std::string_view patte
 
 PatternResult guessed(const TrackInfo& fields, std::string_view subject) {
     if (fields.field_count() == 0)
-        return {false, "No fields found in \"" + std::string(subject) + '"'};
-    return {false, describe_changes(TrackInfoRecord(), fields)};
+        return {PatternResult::State::remark, "No fields found in \"" + std::string(subject) + '"'};
+    return {PatternResult::State::result, describe_changes(TrackInfoRecord(), fields)};
 }
 
 } // namespace quorvex

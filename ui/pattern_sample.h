@@ -22,11 +22,17 @@ struct PatternSample {
     std::uint32_t total = 1;
 };
 
-/// One line for people, UTF-8.
 struct PatternResult {
-    /// The pattern is no pattern, and the text says why.
-    bool is_error = false;
-    /// What it gives for the sample; empty without one.
+    enum class State {
+        /// There is no sample to say anything of.
+        unknown,
+        /// The text is what the pattern gives for the sample; it may be empty.
+        result,
+        /// The text is a sentence that tells what the pattern does instead, or why it is none.
+        remark,
+    };
+    State state = State::unknown;
+    /// UTF-8.
     std::string text;
 };
 

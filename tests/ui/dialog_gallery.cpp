@@ -188,6 +188,8 @@ int run(QApplication& application) {
         for (QDialog* dialog : desk.findChildren<QDialog*>()) {
             if (save < 0)
                 break;
+            if (dialog->windowTitle() == "Quorvex") // as people have it, with room for previews
+                dialog->resize(dialog->width() * 3 / 2, dialog->height());
             dialog->activateWindow();
             QTest::qWait(350);
             const QString name =

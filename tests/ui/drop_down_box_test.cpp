@@ -14,6 +14,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+#include <QWheelEvent>
 
 namespace quorvex {
 namespace {
@@ -119,6 +120,21 @@ TEST_F(DropDownBoxTest, KeepsWhatIsTyped) {
     box_.clearFocus();
     EXPECT_EQ(box_.currentText(), "ALBUM");
     EXPECT_EQ(list(box_), "Album ARTIST ARTIST SORT GENRE title ");
+}
+
+TEST_F(DropDownBoxTest, WheelIsForTheFocus) {
+    attach(box_, field_name_history, "GENRE");
+    show();
+    const auto turn = [&] {
+        QWheelEvent event(QPointF(3, 3), box_.mapToGlobal(QPointF(3, 3)), QPoint(), QPoint(0, -120),
+                          Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(&box_, &event);
+        return box_.currentText();
+    };
+    box_.clearFocus();
+    EXPECT_EQ(turn(), "GENRE");
+    box_.setFocus();
+    EXPECT_NE(turn(), "GENRE");
 }
 
 TEST_F(DropDownBoxTest, MenuRemovesEntries) {

@@ -28,6 +28,7 @@ protected:
         desk_ = desk.get();
         owner_ = std::move(desk);
         owner_->show();
+        track_.hold(make_service<core::HeldInfo>(test::tags("ALBUM=[Held]"), FileStats(), false));
         host_.offer<TitleFormatDiagnosis>(Ref<TitleFormatDiagnosis>(&diagnosis_));
         desk_->sample = {Ref<TrackHandle>(&track_), TrackInfoRecord(test::tags("ARTIST=[Ann] ALBUM=[One]")),
                          6, 12};
@@ -64,15 +65,12 @@ TEST_F(PatternTipTest, SaysWhatAPatternGives) {
          "\n",
          {{1008, "\xC3\xA9$if("}},
          "1008: The parenthesis of $if is not closed (character 2)"},
-        {AutoTrackNumber::kind, "", {{1001, "%album%"}}, "1001: First track: One"},
+        {AutoTrackNumber::kind, "", {{1001, "%album%[%list_index%]"}}, "1001: First track: Held"},
         {GuessFromFileName::kind,
          "",
          {{1007, "%band%/%album%/%n% - %title%"}},
          "1007: First track: ALBUM = \"Record\"; BAND = \"Band\"; N = \"07\"; TITLE = \"Song\""},
-        {GuessFromFileName::kind,
-         "",
-         {{1007, "x"}},
-         "1007: First track: No fields found in \"07 - Song.mp3\""},
+        {GuessFromFileName::kind, "", {{1007, "x"}}, "1007: No fields found in \"07 - Song.mp3\""},
         {GuessFromFields::kind, "%a%n%b%\n", {{1028, "%artist%"}}, "1028: First track: Ann"},
         {GuessFromFields::kind, "\n%artist%", {{1008, "%a%n%b%"}}, "1008: First track: A = \"A\"; B = \"n\""},
         {GuessFromFields::kind,
@@ -83,6 +81,8 @@ TEST_F(PatternTipTest, SaysWhatAPatternGives) {
          "\n0\r\n1\r\n2\r\n3\r\n4\r\n5\r\n6. Six\r\n7",
          {{1001, "%n%. %title%"}},
          "1001: First track: N = \"6\"; TITLE = \"Six\""},
+        {GuessFromFields::kind, "\n[%none%]", {{1008, "%x%"}}, "1008: No fields found in \"\""},
+        {AutoTrackNumber::kind, "x", {{1001, ""}}, "1001: All tracks are one album"},
         {InputData::kind, "\nonly one line", {{1001, "%n%"}}, ""},
     };
     for (const auto& row : rows) {
@@ -108,6 +108,14 @@ TEST_F(PatternTipTest, ShowsWhileTheBoxHasTheFocus) {
     dialog.control(1008).setFocus();
     dialog.press_ok();
     EXPECT_EQ(dialog.message(), "1024: Please enter a valid field name.");
+
+    // What is wrong with the input is not covered.
+    const Dialog guess = open(GuessFromFileName::kind, "%a%");
+    EXPECT_NE(tip(guess, 1007), "");
+    guess.type(1007, "");
+    guess.press_ok();
+    EXPECT_EQ(tip(guess, 1007), "1007: Please enter a pattern.");
+    guess.press_cancel();
 
     // Without a track only faults are told.
     desk_->sample.track = nullptr;

@@ -8,6 +8,7 @@
 #include "actions/remove_fields.h"
 #include "host/api/windows.h"
 #include "tests/ui/dialogs_fixture.h"
+#include "ui/widgets/validation_tip.h"
 
 namespace quorvex {
 namespace {
@@ -59,17 +60,22 @@ using SettingsWindow = test::Dialogs;
 
 TEST_F(SettingsWindow, ReportsOnce) {
     const Dialog dialog = open(CopyValues::kind, "A\nB");
+    EXPECT_TRUE(dialog.control<QComboBox>(1006).lineEdit()->hasSelectedText()) << "ready to be typed over";
     dialog.press_ok();
     EXPECT_EQ(host_.take_events(), "notified 1");
+    dialog.type(1006, "LATE");
     dialog.press_ok();
+    EXPECT_EQ(settings(), "A/B");
     dialog.press_cancel();
     dialog.window().close();
     EXPECT_EQ(host_.take_events(), "");
 
     const Dialog other = open(CopyValues::kind, "A\nB");
+    other.type(1006, "LATE");
     other.press_cancel();
     other.press_ok();
     EXPECT_EQ(host_.take_events(), "notified 0");
+    EXPECT_EQ(settings(), "A/B");
 }
 
 TEST_F(SettingsWindow, ReportsNothingWhenItGoesWithItsOwner) {
@@ -124,9 +130,47 @@ TEST_F(SettingsWindow, OneMessageAtATime) {
     };
     EXPECT_EQ(first->geometry().top(), pointed_at().y());
     EXPECT_NEAR(first->geometry().center().x(), pointed_at().x(), 1);
+    EXPECT_EQ(first->text().toStdString(), "Please enter a valid field name.");
     dialog.window().move(150, 120);
     EXPECT_EQ(first->geometry().top(), pointed_at().y());
     EXPECT_NEAR(first->geometry().center().x(), pointed_at().x(), 1);
+}
+
+TEST_F(SettingsWindow, GrowsAsItsKindSays) {
+    const Dialog dialog = open(SetValue::kind, "=\nb");
+    dialog.press_ok();
+    const QRect name = dialog.control(1019).geometry();
+    const QRect value = dialog.control(1020).geometry();
+    const QRect ok = dialog.control(1).geometry();
+    dialog.window().resize(dialog.window().size() + QSize(50, 40));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(dialog.control(1019).geometry(), name.adjusted(0, 0, 50, 0));
+    EXPECT_EQ(dialog.control(1020).geometry(), value.adjusted(0, 0, 50, 40));
+    EXPECT_EQ(dialog.control(1).geometry(), ok.translated(50, 40));
+    const QWidget& box = dialog.control(1019);
+    EXPECT_NEAR(test::shown_balloon(dialog.window())->geometry().center().x(),
+                box.mapToGlobal(box.rect().center()).x(), 1)
+        << "the balloon follows its control";
+}
+
+TEST_F(SettingsWindow, MessagesOfSeveralLinesAreNoWiderThanTheirControl) {
+    QWidget window;
+    window.resize(300, 200);
+    QLineEdit edit(&window);
+    edit.setGeometry(10, 10, 120, 24);
+    window.show();
+    ValidationTip tip(window);
+    tip.show("one line that is far wider than the box, and may be", edit);
+    EXPECT_GT(tip.balloon()->width(), edit.width());
+    tip.show("first\nand a second that is far wider than the box is", edit);
+    EXPECT_LE(tip.balloon()->width(), edit.width());
+    // Where the screen ends below, it stands above.
+    const QRect screen = window.screen()->availableGeometry();
+    window.move(50, screen.bottom() - 40);
+    EXPECT_LT(tip.balloon()->geometry().bottom(), edit.mapToGlobal(QPoint(0, 1)).y());
+    tip.close();
+    tip.show("late", edit);
+    EXPECT_EQ(tip.balloon(), nullptr);
 }
 
 TEST_F(SettingsWindow, IsKnownToTheHost) {
@@ -172,6 +216,18 @@ TEST_F(SettingsWindow, UntouchedTextsStayByteForByte) {
         EXPECT_EQ(value->texts()[1], text);
         run_deleted();
     }
+    // Characters that look like others stay beside what is typed; NUL has no place in a setting.
+    value->accept({"A", "a\xC2\xA0"
+                        "b\xE2\x80\xA8"
+                        "c\r\nd"});
+    const Dialog beside = open(*value);
+    QTest::keyClicks(&beside.control(1020), "!");
+    beside.control<QPlainTextEdit>(1020).insertPlainText(QString(QChar(u'\0')) + "?");
+    beside.press_ok();
+    EXPECT_EQ(value->texts()[1], "!?a\xC2\xA0"
+                                 "b\xE2\x80\xA8"
+                                 "c\r\nd");
+    run_deleted();
     // What is typed has line breaks of two characters.
     const Dialog dialog = open(*value);
     dialog.control<QPlainTextEdit>(1020).setPlainText("");

@@ -36,7 +36,10 @@ Balloon::Balloon(QWidget& window, Shape shape) : QWidget(&window, window_flags),
 }
 
 void Balloon::show_at(QWidget& control, const QString& text, int text_width) {
+    if (control_)
+        control_->removeEventFilter(this);
     control_ = &control;
+    control.installEventFilter(this);
     text_.setText(text);
     text_width_ = text_width;
     setAccessibleName(text);

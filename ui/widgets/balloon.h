@@ -33,7 +33,8 @@ public:
     const QWidget* control() const { return isVisible() ? control_.data() : nullptr; }
 
 protected:
-    bool eventFilter(QObject* window, QEvent* event) override;
+    /// Of the window and the control.
+    bool eventFilter(QObject* object, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:

@@ -2,7 +2,8 @@
 
 #include "host/shared/failure.h"
 #include "ui/widgets/drop_down_box.h"
-#include "ui/widgets/input_rules.h"
+#include "ui/widgets/input_limit.h"
+#include "ui/widgets/line_edit.h"
 #include "ui/widgets/mnemonics.h"
 
 #include <QCheckBox>
@@ -35,9 +36,7 @@ QWidget* make_edit(const Control& control, QWidget* window) {
         limit_input(*edit, control.limit);
         return edit;
     }
-    auto* edit = new QLineEdit(window);
-    rule_input(*edit, control.flags);
-    return edit;
+    return new LineEdit(control.flags, window);
 }
 
 QWidget* make_button(const Control& control, QWidget* window) {
@@ -147,6 +146,11 @@ void DialogControls::name_controls() {
         }
     }
     add_mnemonics(labels, boxes);
+    // A box without a label is what the dialog is about.
+    for (const auto& [control, widget] : items_)
+        if ((control->kind == ControlKind::edit || control->kind == ControlKind::drop_down)
+            && widget->accessibleName().isEmpty())
+            widget->setAccessibleName(QString::fromUtf8(dialog_.title));
 }
 
 void DialogControls::place() {
@@ -178,7 +182,11 @@ std::string control_text(const QWidget& control) {
     if (const auto* edit = dynamic_cast<const QLineEdit*>(&control))
         return edit->text().toStdString();
     if (const auto* edit = dynamic_cast<const QPlainTextEdit*>(&control))
-        return edit->toPlainText().replace('\n', QStringLiteral("\r\n")).toStdString();
+        return edit->document()
+            ->toRawText() // blanks of every kind as they are
+            .remove(QChar(u'\0'))
+            .replace(QChar(QChar::ParagraphSeparator), QStringLiteral("\r\n"))
+            .toStdString();
     uBugCheck("a control that holds no setting is asked for one");
 }
 

@@ -2,20 +2,23 @@
 
 #include "host/exception_filter.h"
 #include "ui/dialog_template.h"
-#include "ui/widgets/input_rules.h"
+#include "ui/widgets/line_edit.h"
 
 #include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPointer>
+#include <QWheelEvent>
 
 #include <algorithm>
+#include <utility>
 
 namespace quorvex {
 
 DropDownBox::DropDownBox(unsigned flags, QWidget* parent) : QComboBox(parent), flags_(flags) {
     setEditable(true);
+    setLineEdit(new LineEdit(flags, this));
     setInsertPolicy(QComboBox::NoInsert);
     // What is typed stays as typed, also where the list has it in other letters.
     setDuplicatesEnabled(true);
@@ -23,9 +26,12 @@ DropDownBox::DropDownBox(unsigned flags, QWidget* parent) : QComboBox(parent), f
     setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     setMaxVisibleItems(16);
     lineEdit()->setContextMenuPolicy(Qt::NoContextMenu); // the box has one
-    rule_input(*lineEdit(), flags, [this] {
-        if (completion_)
-            completion_->complete(!takes_away_);
+    connect(lineEdit(), &QLineEdit::textEdited, this, [this] {
+        // What completion inserts counts as an edit too.
+        if (!completion_ || std::exchange(is_completing_, true))
+            return;
+        completion_->complete(!takes_away_);
+        is_completing_ = false;
     });
 }
 
@@ -37,6 +43,13 @@ void DropDownBox::keyPressEvent(QKeyEvent* event) {
     takes_away_ = event->key() == Qt::Key_Backspace || event->key() == Qt::Key_Delete
                   || event->matches(QKeySequence::Cut) || event->matches(QKeySequence::Undo);
     QComboBox::keyPressEvent(event);
+}
+
+void DropDownBox::wheelEvent(QWheelEvent* event) {
+    if (hasFocus())
+        QComboBox::wheelEvent(event);
+    else
+        event->ignore();
 }
 
 void DropDownBox::contextMenuEvent(QContextMenuEvent* event) {

@@ -34,6 +34,8 @@ public:
 protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    /// The wheel is for the box that has the focus.
+    void wheelEvent(QWheelEvent* event) override;
 
 private:
     QStringList listed(QStringList entries) const;
@@ -43,6 +45,7 @@ private:
     std::unique_ptr<Completion> completion_;
     /// The last key took something away: nothing is to be put in its place.
     bool takes_away_ = false;
+    bool is_completing_ = false;
 };
 
 /// Adds the initial text to the history, lists the entries in the box, and shows the text.

@@ -1,5 +1,6 @@
 #include "ui/widgets/pattern_tip.h"
 
+#include "host/exception_filter.h"
 #include "host/shared/text.h"
 
 #include <QEvent>
@@ -42,7 +43,7 @@ PatternTip::PatternTip(QWidget& window, Try try_pattern)
     : try_(std::move(try_pattern)), balloon_(*new Balloon(window, Balloon::Shape::plain)) {
     soon_.setSingleShot(true);
     soon_.setInterval(pause_ms);
-    connect(&soon_, &QTimer::timeout, this, [this] { update(); });
+    connect(&soon_, &QTimer::timeout, this, [this] { guarded([&] { update(); }); });
 }
 
 void PatternTip::watch(QWidget& box, PatternTrial& trial) {
@@ -71,12 +72,14 @@ void PatternTip::update() {
     for (const auto& [box, trial] : watched_) {
         if (!box->hasFocus())
             continue;
-        const PatternResult result = try_(*trial);
-        if (result.text.empty())
+        const PatternResult result = try_(*box, *trial);
+        if (result.state == PatternResult::State::unknown)
             break;
-        const std::string text = first_line(limit_text(result.text, shown_characters));
-        balloon_.show_at(*box, QString::fromStdString(result.is_error ? text : "First track: " + text),
-                         free_width(*box));
+        std::string text = result.text;
+        if (result.state == PatternResult::State::result)
+            text = "First track: " + (text.empty() ? "(empty)" : text);
+        text = first_line(limit_text(text, shown_characters));
+        balloon_.show_at(*box, QString::fromStdString(text), free_width(*box));
         return;
     }
     balloon_.hide();

@@ -1,7 +1,7 @@
 // PatternTip: while a box with a pattern has the focus, a tip below it says what the pattern gives, or where
 // it does not compile.
 //
-//     PatternTip tip(window, [&](PatternTrial& trial) { return trial(texts(), sample); });
+//     PatternTip tip(window, [&](const QWidget&, PatternTrial& trial) { return trial(texts(), sample); });
 //     tip.watch(box, trial);
 //     tip.refresh();      // something that the result depends on has changed
 //
@@ -35,7 +35,7 @@ PatternSampleSource* find_pattern_samples(QWidget* widget);
 
 class PatternTip final : public QObject {
 public:
-    using Try = std::function<PatternResult(PatternTrial& trial)>;
+    using Try = std::function<PatternResult(const QWidget& box, PatternTrial& trial)>;
 
     /// `window` outlives the tip.
     PatternTip(QWidget& window, Try try_pattern);

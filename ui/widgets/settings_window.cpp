@@ -59,8 +59,9 @@ private:
     ValidationTip tip_{*this};
     PatternTip pattern_tip_;
     bool is_completed_ = false;
-    /// By control of the description: what it showed at first. As long as it does, the setting is what it
-    /// was, byte for byte.
+    /// The settings as they were, and by control of the description, what it showed of them. As long as it
+    /// does, the setting is what it was, byte for byte.
+    std::vector<std::string> initial_;
     std::vector<std::string> shown_;
 };
 
@@ -73,7 +74,11 @@ constexpr Qt::WindowFlags window_flags = Qt::Dialog | Qt::CustomizeWindowHint | 
 
 SettingsWindow::SettingsWindow(const SettingsRequest& request, QWidget* parent, CompletionNotify& done)
     : QDialog(parent, window_flags), action_(&request.action), done_(&done), request_(request),
-      controls_(request.dialog.window, *this), pattern_tip_(*this, [this, parent](PatternTrial& trial) {
+      controls_(request.dialog.window, *this),
+      pattern_tip_(*this, [this, parent](const QWidget& box, PatternTrial& trial) {
+          // What is wrong there has been said, and stays.
+          if (tip_.balloon() && tip_.balloon()->control() == &box)
+              return PatternResult();
           PatternSampleSource* source = find_pattern_samples(parent);
           return trial(texts(), source ? source->pattern_sample(*action_) : nullptr);
       }) {
@@ -84,6 +89,7 @@ SettingsWindow::SettingsWindow(const SettingsRequest& request, QWidget* parent, 
     arrange();
     is_arranged_ = true;
     services_.enter(*this);
+    initial_.assign(request.settings.texts().begin(), request.settings.texts().end());
     for (const SettingControl& bound : request.dialog.controls) {
         fill(bound);
         watch_changes(bound);
@@ -102,7 +108,7 @@ SettingsWindow::~SettingsWindow() {
 
 void SettingsWindow::fill(const SettingControl& bound) {
     QWidget& widget = controls_.get(bound.id);
-    const std::string& text = request_.settings.texts()[bound.setting];
+    const std::string& text = initial_[bound.setting];
     if (bound.history == &field_name_history)
         attach_with_completion(controls_.get<DropDownBox>(bound.id), text);
     else if (bound.history)
@@ -147,8 +153,7 @@ void SettingsWindow::changeEvent(QEvent* event) {
 }
 
 std::vector<std::string> SettingsWindow::texts() const {
-    const std::span<const std::string> settings = request_.settings.texts();
-    std::vector<std::string> texts(settings.begin(), settings.end());
+    std::vector<std::string> texts = initial_;
     for (std::size_t i = 0; i < shown_.size(); ++i) {
         const SettingControl& bound = request_.dialog.controls[i];
         std::string text = control_text(controls_.get(bound.id));
@@ -160,8 +165,8 @@ std::vector<std::string> SettingsWindow::texts() const {
 
 void SettingsWindow::refuse(const SettingControl& rejected) {
     QWidget& widget = controls_.get(rejected.id);
-    pattern_tip_.step_back();
     widget.setFocus(Qt::OtherFocusReason);
+    pattern_tip_.step_back();
     tip_.show(rejected.check.message, widget);
 }
 
@@ -188,6 +193,8 @@ void SettingsWindow::finish(std::uint32_t code) {
     const auto go = [&] {
         if (!guard) // whoever was told has deleted the owner
             return;
+        pattern_tip_.step_back();
+        tip_.close();
         hide();
         deleteLater();
     };

@@ -6,10 +6,10 @@
 // Prints a line for each: how long it took, and the longest time in which no event was handled. Runs on the
 // platform that needs no display.
 
+#include "bench/event_gaps.h"
 #include "vantaro/desktop/track_list.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QScrollBar>
 #include <QTimer>
 
@@ -18,7 +18,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
-#include <functional>
 #include <random>
 #include <string>
 #include <thread>
@@ -27,42 +26,7 @@
 namespace vantaro::core {
 namespace {
 
-/// The longest time between two of the events that follow each other as fast as they can.
-class LongestGap {
-public:
-    LongestGap() {
-        QObject::connect(&timer_, &QTimer::timeout, [this] { note(); });
-        timer_.start(0);
-        since_last_.start();
-    }
-    void note() {
-        longest_ = std::max(longest_, since_last_.nsecsElapsed());
-        since_last_.start();
-    }
-    double milliseconds() const { return static_cast<double>(longest_) / 1e6; }
-
-private:
-    QTimer timer_;
-    QElapsedTimer since_last_;
-    qint64 longest_ = 0;
-};
-
-/// Starts something, handles events until it is done, and prints what it cost.
-void measure(const char* what, const std::function<void()>& start, const std::function<bool()>& is_done) {
-    for (int i = 0; i < 10; ++i)
-        QApplication::processEvents();
-    QElapsedTimer time;
-    LongestGap gap;
-    time.start();
-    start();
-    do
-        QApplication::processEvents();
-    while (!is_done());
-    QApplication::processEvents(); // what it has caused to be painted
-    gap.note();
-    std::printf("%-28s %8.1f ms, longest gap %6.1f ms\n", what,
-                static_cast<double>(time.nsecsElapsed()) / 1e6, gap.milliseconds());
-}
+using bench::measure;
 
 Ref<HeldInfo> made_up_tags(std::mt19937& random, int number) {
     const auto any = [&](unsigned below) { return std::to_string(random() % below); };

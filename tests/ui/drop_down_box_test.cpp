@@ -189,6 +189,21 @@ TEST_F(DropDownBoxTest, MenuOpensWhereItIsAskedFor) {
     EXPECT_EQ(ask(QContextMenuEvent::Keyboard, box_, QPoint(0, 0)), box_.mapToGlobal(box_.rect().center()));
 }
 
+TEST_F(DropDownBoxTest, MenuIsThatOfTheBoxsOwnHistory) {
+    guess_pattern_history.add("%x%");
+    attach(box_, guess_pattern_history, "%y%");
+    show();
+    QTimer::singleShot(0, [] {
+        auto* menu = dynamic_cast<QMenu*>(QApplication::activePopupWidget());
+        menu->setActiveAction(menu->actions().front());
+        QTest::keyClick(menu, Qt::Key_Return);
+    });
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(), QPoint());
+    QCoreApplication::sendEvent(&box_, &event);
+    EXPECT_TRUE(guess_pattern_history.entries().empty());
+    EXPECT_EQ(field_name_history.entries().size(), 5U);
+}
+
 TEST_F(DropDownBoxTest, MenuOutlivesItsBox) {
     auto* box = new DropDownBox(0, nullptr);
     attach(*box, field_name_history, "A");

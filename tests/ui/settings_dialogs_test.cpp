@@ -277,6 +277,18 @@ TEST_P(EveryDialog, StoresNothingWhenCancelled) {
     }
 }
 
+TEST_P(EveryDialog, GoesWithItsOwnerInSilence) {
+    const Dialog dialog = open_road();
+    type_all(dialog);
+    const std::string before = settings() + written();
+    owner_.reset();
+    EXPECT_TRUE(dialog.is_gone());
+    EXPECT_EQ(host_.take_events(), "");
+    EXPECT_EQ(settings() + written(), before);
+    EXPECT_EQ(test::references(*action_), 1U);
+    EXPECT_EQ(test::references(*notify_), GetParam().kind == FormatValue::kind ? 2U : 1U);
+}
+
 TEST_P(EveryDialog, ReachesEveryControlFromTheKeyboard) {
     const Dialog dialog = open_road();
     std::vector<int> order;

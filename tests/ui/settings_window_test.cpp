@@ -78,17 +78,6 @@ TEST_F(SettingsWindow, ReportsOnce) {
     EXPECT_EQ(settings(), "A/B");
 }
 
-TEST_F(SettingsWindow, ReportsNothingWhenItGoesWithItsOwner) {
-    const Dialog dialog = open(CopyValues::kind, "A\nB");
-    dialog.type(1006, "%");
-    dialog.press_ok();
-    owner_.reset();
-    EXPECT_TRUE(dialog.is_gone());
-    EXPECT_EQ(host_.take_events(), "");
-    EXPECT_EQ(test::references(*action_), 1U);
-    EXPECT_EQ(test::references(*notify_), 1U);
-}
-
 TEST_F(SettingsWindow, SurvivesWhatItsReportSetsOff) {
     const Ref<Action> action = this->action(CopyValues::kind, "A\nB");
     for (const bool is_accepted : {true, false}) {

@@ -60,32 +60,21 @@ void DropDownBox::contextMenuEvent(QContextMenuEvent* event) {
         [&] { show_menu(*this, *history_, has_place ? std::optional(event->globalPos()) : std::nullopt); });
 }
 
-QStringList DropDownBox::listed(QStringList entries) const {
-    if (flags_ & control_flag::sorted)
-        std::ranges::stable_sort(entries, [](const QString& a, const QString& b) {
-            return QString::compare(a, b, Qt::CaseInsensitive) < 0;
-        });
-    return entries;
-}
-
 void DropDownBox::set_entries(const std::vector<std::string>& entries) {
     QStringList list;
     for (const std::string& entry : entries)
         list.append(QString::fromStdString(entry));
+    if (flags_ & control_flag::sorted)
+        std::ranges::stable_sort(list, [](const QString& a, const QString& b) {
+            return QString::compare(a, b, Qt::CaseInsensitive) < 0;
+        });
     const QString text = currentText();
     const int cursor = lineEdit()->cursorPosition();
     clear();
-    addItems(listed(list));
+    addItems(list);
     setCurrentIndex(-1);
     setEditText(text);
     lineEdit()->setCursorPosition(cursor);
-}
-
-void DropDownBox::add_entry(const std::string& entry) {
-    std::vector<std::string> entries{entry};
-    for (int i = 0; i < count(); ++i)
-        entries.emplace(entries.end() - 1, itemText(i).toStdString());
-    set_entries(entries);
 }
 
 void attach(DropDownBox& box, const DropDownHistory& history, const std::string& initial) {

@@ -26,8 +26,6 @@ public:
     /// Replaces the list; the text in the edit field stays. A sorted box orders it.
     void set_entries(const std::vector<std::string>& entries);
 
-    /// Adds one more to the list, in its place if that is sorted.
-    void add_entry(const std::string& entry);
     /// Completes what is typed from these entries, from now on.
     void complete_from(const QStringList& entries);
 
@@ -38,8 +36,6 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
 
 private:
-    QStringList listed(QStringList entries) const;
-
     const unsigned flags_;
     const DropDownHistory* history_ = nullptr;
     std::unique_ptr<Completion> completion_;

@@ -53,7 +53,7 @@ void ScriptCommands::open() {
 void ScriptCommands::store_last_used() {
     const std::string name(last_used_script);
     if (script_library().store_script(name, actions_.script()) && find_in_box(name) < 0)
-        name_box_.add_entry(name);
+        add_to_box(name);
 }
 
 void ScriptCommands::refuse(const char* message) {
@@ -83,7 +83,7 @@ void ScriptCommands::save() {
                     button::yes))
         return;
     if (guard && script_library().store_script(name, actions_.script()))
-        name_box_.add_entry(name);
+        add_to_box(name);
 }
 
 void ScriptCommands::load() {
@@ -123,6 +123,15 @@ void ScriptCommands::delete_script() {
         name_box_.removeItem(item);
     name_box_.setCurrentIndex(-1);
     name_box_.clearEditText();
+}
+
+void ScriptCommands::add_to_box(const std::string& name) {
+    std::vector<std::string> names;
+    names.reserve(static_cast<std::size_t>(name_box_.count()) + 1);
+    for (int i = 0; i < name_box_.count(); ++i)
+        names.push_back(name_box_.itemText(i).toStdString());
+    names.push_back(name);
+    name_box_.set_entries(names);
 }
 
 int ScriptCommands::find_in_box(const std::string& name) const {

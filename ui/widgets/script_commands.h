@@ -51,6 +51,8 @@ private:
     /// Returns whether every action could be loaded.
     bool take(const StoredScript& stored, Add add);
     void take_or_warn(const StoredScript& stored, Add add);
+    /// The list of the box keeps its order.
+    void add_to_box(const std::string& name);
     int find_in_box(const std::string& name) const;
 
     QWidget& window_;

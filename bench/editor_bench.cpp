@@ -11,8 +11,7 @@
 #include "script/script_library.h"
 #include "ui/editor_template.h"
 #include "ui/widgets/editor_window.h"
-#include "vantaro/application/host.h"
-#include "vantaro/terminal/update_lines.h"
+#include "vantaro/application/terminal_host.h"
 
 #include <QAbstractButton>
 #include <QDialog>
@@ -58,18 +57,10 @@ void store_script(const char* kind, const char* parameters) {
 
 int run(int count) {
     const QTemporaryDir folder;
-    core::Interrupt interrupt;
-    core::Terminal terminal;
-    core::TerminalConsole console(terminal);
-    core::TerminalMessage message;
-    core::TerminalQuestion question(terminal, false);
     core::HostSetup setup;
     setup.config_dir = setup.state_dir = setup.component_dir = folder.path().toStdString();
-    setup.interrupt = &interrupt;
-    setup.console = &console;
-    setup.message = &message;
-    setup.question = &question;
-    core::Host host(setup);
+    core::TerminalHost program(setup);
+    core::Host& host = program.host();
     host.add_built_in(vantaro_get_interface, "vnt_quorvex.dll");
     host.load_components();
     const TrackList tracks = made_up_tracks(host.tracks(), count);

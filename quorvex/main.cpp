@@ -5,6 +5,7 @@
 #include "component/own_services.h"
 #include "quorvex/verbs.h"
 #include "vantaro/application/exit_status.h"
+#include "vantaro/application/terminal_host.h"
 
 #include <CLI/CLI.hpp>
 
@@ -119,7 +120,8 @@ private:
             verb(app, "undo", "Give every file of a run its old bytes back", [&options](Session& session) {
                 return undo(session, options.run, options.times, options.json);
             });
-        undo_verb.add_option("RUN", options.run, "Number of a run; without it, the newest")
+        undo_verb
+            .add_option("RUN", options.run, "Number of a run; without it, the newest that was not undone")
             ->type_name("")
             ->check(CLI::Validator(
                 [](const std::string& text) {
@@ -177,27 +179,19 @@ int start(int argc, char** argv) {
         return app.exit(error) == 0 ? core::exit_status::done : core::exit_status::not_begun;
     }
 
-    core::Interrupt interrupt;
-    core::Terminal terminal;
-    core::TerminalConsole console(terminal);
-    core::TerminalMessage message;
-    core::TerminalQuestion question(terminal, options.yes);
     std::unique_ptr<core::UpdateWatcher> next_watcher;
-    options.setup.interrupt = &interrupt;
-    options.setup.console = &console;
-    options.setup.message = &message;
-    options.setup.question = &question;
     options.setup.make_watcher = [&](std::size_t, vantaro::WindowHandle) { return std::move(next_watcher); };
     QCoreApplication qt(argc, argv);
-    core::Host host(options.setup);
+    core::TerminalHost program(options.setup, options.yes);
+    core::Host& host = program.host();
     host.add_built_in(vantaro_get_interface, "vnt_quorvex.dll");
     host.load_components();
-    Session session{host, terminal, next_watcher};
+    Session session{host, program.terminal(), next_watcher};
     int status = core::exit_status::not_begun;
     try {
         status = verb(session);
     } catch (const vantaro_io::exception_io& error) {
-        terminal.line(error.what());
+        program.terminal().line(error.what());
     }
     host.close();
     return status;

@@ -6,8 +6,6 @@
 #include "vantaro/common/present.h"
 #include "vantaro/journal/undo.h"
 
-#include <algorithm>
-
 namespace quorvex::command {
 
 using namespace vantaro;
@@ -37,11 +35,15 @@ private:
 };
 
 std::uint64_t newest_run(const core::RunStore& store) {
-    const std::vector<core::RunSummary> found = store.runs();
-    const auto run = std::ranges::find_if(found, [](const auto& summary) { return !summary.is_open; });
-    if (run == found.end())
+    const auto run = core::newest_run_to_undo(store.runs());
+    if (!run)
         throw vantaro_io::exception_io_not_found("There is no run that can be undone");
     return run->number;
+}
+
+bool has_later_run(const core::RunStore& store, std::uint64_t number) {
+    const auto run = core::newest_run_to_undo(store.runs());
+    return run && run->number > number;
 }
 
 } // namespace
@@ -58,7 +60,7 @@ int undo(Session& session, std::uint64_t number, bool times, bool json) {
         print_line("Run " + std::to_string(number) + ": " + std::to_string(report.total)
                    + (report.total == 1 ? " file: " : " files: ") + std::to_string(report.put_back)
                    + " put back, " + std::to_string(report.failed) + " failed");
-    if (report.failed > 0 && number < newest_run(store) - (report.run != 0 ? 1 : 0))
+    if (report.failed > 0 && has_later_run(store, number))
         session.terminal.line(
             "Files that later runs have changed can be put back when those are undone first.");
     if (!report.problem.empty())

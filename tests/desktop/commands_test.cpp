@@ -61,6 +61,7 @@ TEST_F(Commands, StandInTheMenuByTheirPaths) {
                                 "    Set genre\tCtrl+Z\n"
                                 "    Fail\n"
                                 "    Rock && Roll/AC\n"
+                                "      A/B\n"
                                 "-\n"
                                 "&Open folder\n"
                                 "&Remove from list\n");
@@ -137,34 +138,6 @@ TEST_F(Commands, UndoLeavesFilesAloneThatAreDifferentByNow) {
     ASSERT_TRUE(wait_for([this] {
         return status() == "9 files put back; 1 file left as they are, which the console explains.";
     })) << status();
-}
-
-TEST(NewestRunToUndo, PassesOverUndosAndWhatTheyTookBack) {
-    struct Row {
-        const char* what;
-        /// Newest first: number, what it undoes, whether it is open.
-        std::vector<std::tuple<std::uint64_t, std::uint64_t, bool>> runs;
-        std::uint64_t expected;
-    };
-    const Row rows[] = {
-        {"none", {}, 0},
-        {"the newest", {{2, 0, false}, {1, 0, false}}, 2},
-        {"one is under way", {{2, 0, true}, {1, 0, false}}, 1},
-        {"undone", {{3, 2, false}, {2, 0, false}, {1, 0, false}}, 1},
-        {"both undone", {{4, 1, false}, {3, 2, false}, {2, 0, false}, {1, 0, false}}, 0},
-        {"an undo that was undone", {{4, 3, false}, {3, 2, false}, {2, 0, false}}, 2},
-    };
-    for (const Row& row : rows) {
-        std::vector<RunSummary> runs;
-        for (const auto& [number, undoes, is_open] : row.runs) {
-            RunSummary& run = runs.emplace_back();
-            run.number = number;
-            run.start.undoes = undoes;
-            run.is_open = is_open;
-        }
-        const auto found = newest_run_to_undo(runs);
-        EXPECT_EQ(found ? found->number : 0, row.expected) << row.what;
-    }
 }
 
 } // namespace

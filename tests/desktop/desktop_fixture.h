@@ -58,7 +58,8 @@ private:
     const int milliseconds_;
 };
 
-/// Three commands: one that edits, one that fails, one whose name has signs in it that mean something.
+/// Two commands, one that edits and one that fails, and a submenu. Names have signs in them that mean
+/// something elsewhere.
 class TestItem final : public StaticService<ContextMenuItem> {
 public:
     static constexpr Guid edit_guid = guid("{11111111-2222-3333-4444-555555555555}");
@@ -73,7 +74,7 @@ public:
     ContextMenuNode* create_node(std::size_t command, TrackHandle* const*, std::size_t, const Guid&) override;
     void execute(std::size_t, const Guid&, TrackHandle* const*, std::size_t, const Guid&) override {}
 
-    static constexpr const char* names[] = {"Set genre", "Fail", "Rock & Roll/AC"};
+    static constexpr const char* names[] = {"Set genre", "Fail", "Rock & Roll/AC", "A/B"};
     /// How long the filter takes for a track.
     int milliseconds = 0;
     /// How many tracks the last command was for, and how many of these were held.
@@ -94,8 +95,8 @@ public:
     }
     bool get_description(TextSink&) override { return false; }
     Guid get_guid() override { return {}; }
-    std::size_t child_count() override { return 0; }
-    ContextMenuNode* child(std::size_t) override { return nullptr; }
+    std::size_t child_count() override { return command_ == 2 ? 1 : 0; }
+    ContextMenuNode* child(std::size_t) override { return make_service<TestNode>(item_, 3U).detach(); }
     void execute(TrackHandle* const* tracks, std::size_t count) override {
         if (command_ == 1)
             throw vantaro_io::exception_io("no such luck");

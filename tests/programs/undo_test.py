@@ -53,7 +53,7 @@ class Undo(ProgramCase):
         self.assertTrue(all(old != new for old, new in zip(states[-1], self.contents(), strict=True)))
         for number in range(len(states), 0, -1):
             count = len(self.files)
-            outcome = self.do("undo", str(number))
+            outcome = self.do("undo")
             self.assertEqual(outcome.stdout, f"Run {number}: {count} files: {count} put back, 0 failed\n")
             for path, found, wanted in zip(self.files, self.contents(), states.pop(), strict=True):
                 self.assertTrue(found == wanted, f"{path} after undoing run {number}")
@@ -65,7 +65,8 @@ class Undo(ProgramCase):
         self.do("undo", "--times")
         self.assertEqual(self.contents(), old)
         self.assertEqual({path.stat().st_mtime_ns for path in self.files}, {LONG_AGO})
-        self.do("undo")
+        self.assert_line(self.do("undo", status=2).stderr, "no run that can be undone")
+        self.do("undo", "2")
         self.assertEqual(self.contents(), new)
         runs = self.do("runs", "--json").objects()
         self.assertEqual([(run["run"], run.get("undoes"), run.get("undone_by"), run["files"]) for run in runs],

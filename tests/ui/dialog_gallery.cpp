@@ -17,8 +17,7 @@
 #include "ui/widgets/editor_window.h"
 #include "ui/widgets/pattern_tip.h"
 #include "ui/widgets/settings_window.h"
-#include "vantaro/application/host.h"
-#include "vantaro/terminal/update_lines.h"
+#include "vantaro/application/terminal_host.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -144,20 +143,12 @@ int run(QApplication& application) {
         use_dark_colours();
 
     const test::TemporaryFolder stored;
-    core::Interrupt interrupt;
-    core::Terminal terminal;
-    core::TerminalConsole console(terminal);
-    core::TerminalMessage message;
-    core::TerminalQuestion question(terminal, false);
     core::HostSetup setup;
     setup.config_dir = stored.path() + "/config";
     setup.state_dir = stored.path() + "/state";
     setup.component_dir = stored.path();
-    setup.interrupt = &interrupt;
-    setup.console = &console;
-    setup.message = &message;
-    setup.question = &question;
-    core::Host host(setup);
+    core::TerminalHost program(setup);
+    core::Host& host = program.host();
     host.add_built_in(vantaro_get_interface, "vnt_quorvex.dll");
     host.load_components();
     set_settings_dialog_opener(open_settings_window);

@@ -112,9 +112,9 @@ protected:
                                    [&](const QLabel* label) { return label->text().contains(text); });
     }
 
-    const std::vector<MenuCommand> commands{{"Tagging/Tidy up", "", tidy, nullptr},
-                                            {"Tagging/Rename", "", rename_id, nullptr},
-                                            {"Tagging/Without a name of its own", "", {}, nullptr}};
+    const std::vector<MenuCommand> commands{{{"Tagging"}, "Tidy up", "", tidy, nullptr},
+                                            {{"Tagging"}, "Rename", "", rename_id, nullptr},
+                                            {{"Tagging"}, "Without a GUID", "", {}, nullptr}};
 };
 
 TEST_F(ShortcutsWindow, AssignsAndClears) {

@@ -15,12 +15,9 @@
 
 namespace vantaro::core {
 
-/// Adds the commands below submenus as their paths say, each with the keys that it has in the table. They are
+/// Adds the commands below their submenus, each with the keys that it has in the table. They are
 /// shown only: carrying out a command by its keys is the window's business.
 void fill_menu(QMenu& menu, const std::vector<MenuCommand>& commands, const ShortcutTable& shortcuts,
                const std::function<void(const MenuCommand& command)>& on_chosen);
-
-/// The command's own name: the end of its path, which may have a "/" in it.
-std::string command_name(const MenuCommand& command);
 
 } // namespace vantaro::core

@@ -2,9 +2,6 @@
 
 #include "vantaro/common/present.h"
 
-#include <algorithm>
-#include <set>
-
 namespace vantaro::core {
 
 namespace {
@@ -32,18 +29,6 @@ private:
 };
 
 } // namespace
-
-std::optional<RunSummary> newest_run_to_undo(const std::vector<RunSummary>& runs) {
-    std::set<std::uint64_t> undone;
-    for (const RunSummary& run : runs) {
-        if (run.is_open || undone.contains(run.number))
-            continue; // an undo that was taken back has undone nothing
-        if (run.start.undoes == 0)
-            return run;
-        undone.insert(run.start.undoes);
-    }
-    return std::nullopt;
-}
 
 void RunUndo::start(const RunSummary& run, QWidget* parent, std::function<void(const Outcome&)> on_end) {
     const auto total = static_cast<int>(run.files);

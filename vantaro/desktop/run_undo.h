@@ -2,7 +2,7 @@
 //
 //     if (const auto run = newest_run_to_undo(host.runs().runs())) undo.start(*run, &window, on_end);
 //
-// Main thread, but for newest_run_to_undo: any.
+// Main thread.
 #pragma once
 
 #include "vantaro/desktop/background_work.h"
@@ -12,15 +12,10 @@
 #include <QProgressDialog>
 
 #include <functional>
-#include <optional>
 #include <string>
 #include <vector>
 
 namespace vantaro::core {
-
-/// The newest run that has ended and is neither an undo nor taken back by one, so that one undo after the
-/// other goes back step by step. `runs`: newest first.
-std::optional<RunSummary> newest_run_to_undo(const std::vector<RunSummary>& runs);
 
 class RunUndo {
 public:

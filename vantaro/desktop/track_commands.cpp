@@ -58,7 +58,7 @@ void TrackCommands::update_shortcuts() {
             continue;
         taken.push_back(keys);
         QAction& action = *key_actions_.emplace_back(std::make_unique<QAction>());
-        const QString name = QString::fromStdString(command.path);
+        const QString name = QString::fromStdString(path_of(command));
         action.setShortcut(keys);
         QObject::connect(&action, &QAction::triggered,
                          [this, guid = command.guid, name] { run_by_guid(guid, name); });
@@ -105,12 +105,12 @@ void TrackCommands::run(const MenuCommand& command, const std::vector<Track*>& t
 }
 
 void TrackCommands::execute(const MenuCommand& command, const std::vector<Track*>& tracks) {
-    host_.tag_io().set_activity(command.path);
+    host_.tag_io().set_activity(path_of(command));
     const std::vector<TrackHandle*> arguments = handles(tracks);
     try {
         command.node->execute(arguments.data(), arguments.size());
     } catch (const std::exception& error) {
-        show_failure(host_, command.path + ": " + error.what());
+        show_failure(host_, path_of(command) + ": " + error.what());
     }
     if (on_executed)
         on_executed();

@@ -188,6 +188,18 @@ private:
 
 } // namespace
 
+std::optional<RunSummary> newest_run_to_undo(const std::vector<RunSummary>& runs) {
+    std::set<std::uint64_t> undone;
+    for (const RunSummary& run : runs) {
+        if (run.is_open || undone.contains(run.number))
+            continue; // an undo that was taken back has undone nothing
+        if (run.start.undoes == 0)
+            return run;
+        undone.insert(run.start.undoes);
+    }
+    return std::nullopt;
+}
+
 UndoReport undo_run(RunStore& store, std::uint64_t number, const UndoOptions& options, UndoObserver& observer,
                     const AbortFlag& abort) {
     return Undo(store, number, options, observer, abort).run();

@@ -1,6 +1,7 @@
 // Taking a run back: every file that it changed gets its old bytes again.
 //
-//     UndoReport report = undo_run(store, 12, options, observer, abort);
+//     if (const auto run = newest_run_to_undo(store.runs()))
+//         UndoReport report = undo_run(store, run->number, options, observer, abort);
 //
 // An undo is a run with a journal of its own, and can be taken back as well.
 #pragma once
@@ -9,7 +10,9 @@
 #include "vantaro/services/abort_signal.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace vantaro::core {
 
@@ -39,10 +42,13 @@ public:
                          std::size_t total) = 0;
 };
 
+/// The newest run that has ended and is neither an undo nor taken back by one, so that one undo after the
+/// other goes back step by step. `runs`: newest first.
+std::optional<RunSummary> newest_run_to_undo(const std::vector<RunSummary>& runs);
+
 /// Takes back a run that has ended. A file that is no longer as the run left it is refused and left alone,
 /// which the observer hears; later runs that were taken back themselves do not count as changes. A file that
-/// an earlier undo has put back already counts as put back. Ends
-/// between two files when `abort` is set.
+/// an earlier undo has put back already counts as put back. Ends between two files when `abort` is set.
 /// Throws vantaro_io::exception_io when there is no such run, or its journal cannot be read.
 UndoReport undo_run(RunStore& store, std::uint64_t number, const UndoOptions& options, UndoObserver& observer,
                     const AbortFlag& abort);

@@ -4,10 +4,9 @@
 #include "vantaro/application/argument_distributor.h"
 #include "vantaro/application/context_menu.h"
 #include "vantaro/application/exit_status.h"
-#include "vantaro/application/host.h"
+#include "vantaro/application/terminal_host.h"
 #include "vantaro/desktop/desktop.h"
 #include "vantaro/locations/location_text.h"
-#include "vantaro/terminal/terminal.h"
 #include "vantaro/terminal/update_lines.h"
 
 #include <CLI/CLI.hpp>
@@ -34,7 +33,7 @@ void print(const std::string& line) {
 
 int list_menu(Host& host) {
     for (const MenuCommand& command : context_menu(host, {}, menu_caller::command_list))
-        print(command.path + "  " + to_text(command.guid));
+        print(path_of(command) + "  " + to_text(command.guid));
     return exit_status::done;
 }
 
@@ -47,14 +46,24 @@ public:
 /// Carries out one command of the context menu on the tracks.
 int run_menu_command(Host& host, Terminal& terminal, const std::string& path_or_guid,
                      const std::vector<std::string>& paths) {
+    if (paths.empty()) {
+        terminal.line("No files were named that " + path_or_guid + " is for.");
+        return exit_status::not_begun;
+    }
     CollectTracks collected;
     AbortSignal abort; // the host adds its own
+    bool found_all = true;
     for (const std::string& path : paths) {
         try {
             host.tag_io().resolve_location(path.c_str(), collected, abort);
         } catch (const std::exception& error) {
             terminal.line(error.what());
+            found_all = false;
         }
+    }
+    if (collected.tracks.empty()) {
+        terminal.line("There are no tracks for " + path_or_guid + '.');
+        return exit_status::not_begun;
     }
     const auto commands = context_menu(host, collected.tracks, {});
     const MenuCommand* command = find_command(commands, path_or_guid);
@@ -72,7 +81,7 @@ int run_menu_command(Host& host, Terminal& terminal, const std::string& path_or_
     if (!host.interrupt().is_aborting())
         command->node->execute(collected.tracks.data(), collected.tracks.size());
     host.wait_until_idle();
-    return host.tag_io().has_failures() ? exit_status::some_failed : exit_status::done;
+    return found_all && !host.tag_io().has_failures() ? exit_status::done : exit_status::some_failed;
 }
 
 int say_nothing_to_do(Terminal& terminal) {
@@ -139,21 +148,9 @@ struct CommandLine {
 
 /// In the terminal. Sets `wants_window` when there is nothing to do there, and a window can be opened.
 int run_in_terminal(int& argc, char** argv, const CommandLine& line, bool& wants_window) {
-    Interrupt interrupt;
-    Terminal terminal;
-    TerminalConsole console(terminal);
-    TerminalMessage message;
-    TerminalQuestion question(terminal, line.yes);
-    HostSetup setup = line.setup;
-    setup.interrupt = &interrupt;
-    setup.console = &console;
-    setup.message = &message;
-    setup.question = &question;
-    setup.make_watcher = [&](std::size_t, WindowHandle) {
-        return std::make_unique<UpdateLines>(terminal, "Updating");
-    };
     QCoreApplication qt(argc, argv);
-    Host host(setup);
+    TerminalHost program(line.setup, line.yes);
+    Host& host = program.host();
     host.load_components();
 
     host.tag_io().set_activity(line.menu_command.empty() ? joined_commands(line.arguments)
@@ -162,19 +159,19 @@ int run_in_terminal(int& argc, char** argv, const CommandLine& line, bool& wants
     if (line.list) {
         status = list_menu(host);
     } else if (!line.menu_command.empty()) {
-        status = run_menu_command(host, terminal, line.menu_command, line.arguments);
+        status = run_menu_command(host, program.terminal(), line.menu_command, line.arguments);
     } else {
-        const Distributed distributed = distribute(host, message, line.arguments);
+        const Distributed distributed = distribute(host, program.message(), line.arguments);
         status = distributed.status;
-        if (!distributed.has_taken_any && !interrupt.flag().is_aborting()) {
+        if (!distributed.has_taken_any && !host.interrupt().is_aborting()) {
             wants_window = has_display() && name_any_files(line.arguments);
             if (!wants_window)
-                status = say_nothing_to_do(terminal);
+                status = say_nothing_to_do(program.terminal());
         }
     }
     host.save_configurations();
     host.close();
-    return interrupt.flag().is_aborting() ? exit_status::interrupted : status;
+    return host.interrupt().is_aborting() ? exit_status::interrupted : status;
 }
 
 int run_with_window(int& argc, char** argv, const CommandLine& line) {

@@ -121,7 +121,7 @@ void ShortcutsWindow::fill() {
         if (command.guid == Guid())
             continue; // nothing that keys could be kept by
         auto* item = new QTreeWidgetItem(list_);
-        item->setText(command_column, shown_text(command.path));
+        item->setText(command_column, shown_text(path_of(command)));
         item->setToolTip(command_column, shown_text(command.description));
         item->setText(keys_column, table_.shortcut(command.guid).toString(QKeySequence::NativeText));
         item->setData(command_column, index_role, static_cast<qulonglong>(i));
@@ -167,7 +167,7 @@ std::vector<Guid> ShortcutsWindow::conflicts(const QKeySequence& keys) const {
 QString ShortcutsWindow::name_of(const Guid& command) const {
     const auto found = std::ranges::find(commands_, command, &MenuCommand::guid);
     return found == commands_.end() ? QString("a command that is not there at the moment")
-                                    : '"' + shown_text(found->path) + '"';
+                                    : '"' + shown_text(path_of(*found)) + '"';
 }
 
 void ShortcutsWindow::show_conflicts() {

@@ -62,8 +62,20 @@ Ref<ServiceBase> required_service(const Guid& class_guid) {
     return create_service(class_guid, 0);
 }
 
+namespace {
+thread_local int console_silences = 0;
+}
+
+ConsoleSilence::ConsoleSilence() {
+    ++console_silences;
+}
+
+ConsoleSilence::~ConsoleSilence() {
+    --console_silences;
+}
+
 void print_to_console(std::string_view line) {
-    if (!services_available())
+    if (console_silences > 0 || !services_available())
         return;
     for_each_service<HostConsole>([&](HostConsole& console) { console.print(line.data(), line.size()); });
 }

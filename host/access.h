@@ -74,6 +74,16 @@ void for_each_service(Visit&& visit) {
 /// Prints one line on every console; dropped silently while the host's services are not available.
 void print_to_console(std::string_view line);
 
+/// While one is there, what its thread prints on the console is dropped: trying an action on many tracks,
+/// when nobody has asked for it yet, is no reason to fill the console.
+class ConsoleSilence {
+public:
+    ConsoleSilence();
+    ~ConsoleSilence();
+    ConsoleSilence(const ConsoleSilence&) = delete;
+    ConsoleSilence& operator=(const ConsoleSilence&) = delete;
+};
+
 /// Shows a message with these buttons and waits. Returns the vantaro::button bit that was pressed.
 std::uint32_t uMessageBox(vantaro::WindowHandle parent, const char* text, const char* caption,
                           std::uint32_t buttons);

@@ -13,6 +13,7 @@ namespace {
 using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 std::string file_genre(const std::string& path) {
     TrackInfoRecord info;
@@ -111,7 +112,7 @@ TEST_F(Commands, AreUndoneStepByStep) {
     question_.answer = button::no;
     window_->undo_last_run();
     ASSERT_EQ(question_.asked.size(), 1U);
-    EXPECT_THAT(question_.asked[0], HasSubstr("Tagging/Test/Set genre of "));
+    EXPECT_THAT(question_.asked[0], StartsWith("The run \"Tagging/Test/Set genre\" of "));
     EXPECT_THAT(question_.asked[0], HasSubstr("changed 1 file."));
     EXPECT_EQ(file_genre(second), "Changed");
 

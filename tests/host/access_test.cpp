@@ -49,6 +49,10 @@ TEST_F(Access, PrintsOnEveryConsoleWhileServicesAreAvailable) {
     set_services_available(false);
     print_to_console("dropped");
     set_services_available(true);
+    {
+        const ConsoleSilence silence;
+        print_to_console("dropped, too");
+    }
     print_to_console("two");
     EXPECT_EQ(host_.take_events(), "one\none\ntwo\ntwo");
 }

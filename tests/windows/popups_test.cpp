@@ -119,10 +119,10 @@ TEST(DialogRegistry, ForgetsWhatIsGone) {
     for (QWidget* window : {&a, b.get(), &c, &a})
         registry.register_dialog(window);
     registry.register_dialog(nullptr);
-    EXPECT_EQ(registry.windows(), (std::vector<QWidget*>{&a, b.get(), &c}));
+    EXPECT_EQ(registry.windows(), (std::vector<QPointer<QWidget>>{&a, b.get(), &c}));
     registry.unregister_dialog(&a);
     b.reset();
-    EXPECT_EQ(registry.windows(), std::vector<QWidget*>{&c});
+    EXPECT_EQ(registry.windows(), std::vector<QPointer<QWidget>>{&c});
 }
 
 TEST(WindowMessage, GoesOnAndScrollsWhatIsLong) {

@@ -1,6 +1,7 @@
 #include "ui/widgets/change_counter.h"
 
 #include "engine/change_text.h"
+#include "host/access.h"
 
 #include <QElapsedTimer>
 
@@ -30,6 +31,7 @@ void ChangeCounter::count_some() {
     QElapsedTimer clock;
     clock.start();
     const PreviewedScript now = script_();
+    const ConsoleSilence silence;
     // A script without actions changes nothing, whatever the tracks.
     if (now.script.empty())
         next_ = total();

@@ -112,6 +112,9 @@ void MainWindow::add(std::vector<std::string> locations) {
 }
 
 std::unique_ptr<UpdateWatcher> MainWindow::watch(std::size_t total, QWidget* parent) {
+    // A component's window works on long after the command that opened it, and others may follow.
+    if (parent && parent != this)
+        host_.tag_io().set_activity(parent->windowTitle().toStdString());
     return std::make_unique<CountedWatcher>(
         make_update_window(host_.tag_io(), parent ? parent : this, total, QStringLiteral("Updating tags")),
         updates_);
@@ -288,9 +291,9 @@ void MainWindow::undo_last_run() {
     const QString time =
         QLocale().toString(QDateTime::fromMSecsSinceEpoch(run->start.time / 1'000'000), QLocale::ShortFormat);
     const QString name =
-        run->start.activity.empty() ? QStringLiteral("The run") : QString::fromStdString(run->start.activity);
+        run->start.activity.empty() ? QString() : QString::fromStdString(" \"" + run->start.activity + '"');
     if (!ask(QStringLiteral("Undo last run"),
-             QStringLiteral("%1 of %2 changed %3. Give each its previous content again?")
+             QStringLiteral("The run%1 of %2 changed %3. Give each its previous content again?")
                  .arg(name, time, counted(run->files, "file", "files")))
         || is_closing_)
         return;
@@ -330,6 +333,15 @@ bool MainWindow::may_stop_updates() {
                               "Each file is then either done or untouched."));
 }
 
+bool MainWindow::close_dialogs() {
+    const std::vector<QPointer<QWidget>> windows = setup_.dialogs.windows();
+    // Dialogs of a window come before the window, which they keep disabled. One that is disabled by an update
+    // that is to be stopped goes when this window goes.
+    return std::all_of(windows.rbegin(), windows.rend(), [](const QPointer<QWidget>& window) {
+        return !window || !window->isEnabled() || window->close();
+    });
+}
+
 void MainWindow::closeEvent(QCloseEvent* event) {
     event->accept();
     if (is_closing_)
@@ -338,11 +350,8 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         event->ignore();
         return;
     }
-    bool may_close = may_stop_updates();
-    for (QWidget* window : setup_.dialogs.windows())
-        may_close = may_close && window->close();
     // Meanwhile the program may have been told to end.
-    if (may_close && !is_closing_)
+    if (may_stop_updates() && close_dialogs() && !is_closing_)
         shut_down();
     event->setAccepted(is_closing_);
 }
@@ -359,6 +368,8 @@ void MainWindow::shut_down() {
     loader_.cancel();
     undo_.cancel();
     host_.tag_io().abort_all();
+    for (const QPointer<QWidget>& window : setup_.dialogs.windows())
+        window->hide();
     if (!memory_.store(*this, *list_))
         host_.report("What the window looks like could not be stored in " + setup_.config_dir);
     save_configurations();

@@ -90,6 +90,7 @@ private:
     void look_at_files();
     void end_undo(const RunUndo::Outcome& outcome);
     bool may_stop_updates();
+    bool close_dialogs();
     bool ask(const QString& title, const QString& text);
     void shut_down();
     void save_configurations();

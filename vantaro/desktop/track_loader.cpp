@@ -157,15 +157,17 @@ void TrackLoader::read_next() {
 void TrackLoader::end_chunk(bool was_aborted) {
     const std::shared_ptr<Chunk> chunk = std::exchange(chunk_, nullptr);
     std::unordered_set<const Track*> failed;
+    std::vector<Track*> unreadable;
     for (const auto& [track, error] : chunk->failures) {
         failed.insert(track);
-        track->hold({}); // what was read before is not what the file says
+        unreadable.push_back(track);
         const QString reason = QString::fromStdString(error);
         // A file that stays as bad is looked at again and again, and told of once.
         if (model_.failure(*track) != reason)
             host_.report(std::string(track->path()) + ": " + error);
         model_.set_failure(*track, reason);
     }
+    host_.tag_io().forget(unreadable);
     for (const Track* track : chunk->tracks)
         if (!failed.contains(track))
             model_.set_failure(*track, {});

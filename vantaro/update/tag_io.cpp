@@ -5,6 +5,8 @@
 #include "vantaro/tags/tag_file.h"
 
 #include <algorithm>
+#include <functional>
+#include <utility>
 
 namespace vantaro::core {
 
@@ -28,28 +30,45 @@ namespace {
     }
 }
 
+} // namespace
+
 /// Changes nothing: an update with it only reads.
-class ReadOnly final : public HeapService<TrackFilter> {
+class TagIO::ReadOnly final : public HeapService<TrackFilter> {
 public:
     explicit ReadOnly(TagIO::Hold hold) : hold_(hold) {}
 
-    bool apply(TrackHandle* track, const FileStats& stats, TrackInfo& info) override {
-        if (hold_ == TagIO::Hold::yes)
-            static_cast<Track*>(track)->hold(make_service<HeldInfo>(TrackInfoRecord(info), stats, false));
+    bool apply(TrackHandle* handle, const FileStats& stats, TrackInfo& info) override {
+        if (hold_ == TagIO::Hold::no)
+            return false;
+        auto& track = static_cast<Track&>(*handle);
+        if (track.held())
+            replaced_.push_back(handle);
+        track.hold(make_service<HeldInfo>(TrackInfoRecord(info), stats, false));
         return false;
+    }
+    /// The tracks whose tags were held before; sorted, once the update has ended.
+    std::vector<TrackHandle*> take_replaced() {
+        std::ranges::sort(replaced_, std::less<>());
+        return std::exchange(replaced_, {});
     }
 
 private:
     const TagIO::Hold hold_;
+    std::vector<TrackHandle*> replaced_;
 };
-
-} // namespace
 
 struct TagIO::Update {
     Update(const std::vector<Track*>& tracks, TrackFilter* track_filter, CompletionNotify* completion,
            std::unique_ptr<UpdateWatcher> update_watcher, UpdateSettings settings)
         : filter(track_filter), notify(completion), watcher(std::move(update_watcher)),
           job(tracks, *filter, *watcher, abort, std::move(settings)) {}
+
+    /// The tracks that are held otherwise than before, sorted.
+    std::vector<TrackHandle*> changed_tracks() const {
+        if (auto* reading = dynamic_cast<ReadOnly*>(filter.get()))
+            return reading->take_replaced();
+        return job.written_tracks();
+    }
 
     Ref<TrackFilter> filter;
     Ref<CompletionNotify> notify;
@@ -135,12 +154,24 @@ void TagIO::end_first(const UpdateReport& report) {
     if (!report.problem.empty())
         report_(report.problem);
     update->watcher->on_end(report);
-    tell_listeners(update->job.written_tracks());
+    tell_listeners(update->changed_tracks());
     if (update->notify)
         update->notify->notify(report.aborted ? update_result::aborted
                                : report.failed > 0 || !report.problem.empty()
                                    ? update_result::completed_with_errors
                                    : update_result::completed);
+}
+
+void TagIO::forget(const std::vector<Track*>& tracks) {
+    std::vector<TrackHandle*> forgotten;
+    for (Track* track : tracks) {
+        if (!track->held())
+            continue;
+        track->hold({});
+        forgotten.push_back(track);
+    }
+    std::ranges::sort(forgotten, std::less<>());
+    tell_listeners(forgotten);
 }
 
 void TagIO::tell_listeners(const std::vector<TrackHandle*>& changed) {

@@ -52,8 +52,12 @@ public:
                       std::unique_ptr<UpdateWatcher> watcher, CompletionNotify* notify);
     /// Whether the tracks hold their tags once they are read. A million of them take gigabytes.
     enum class Hold { no, yes };
-    /// Reads the tags of the tracks. The watcher sees each track as unchanged, or failed.
+    /// Reads the tags of the tracks. The watcher sees each track as unchanged, or failed. Change listeners
+    /// hear of the tracks whose tags were held before.
     void read_tags_of(const std::vector<Track*>& tracks, Hold hold, std::unique_ptr<UpdateWatcher> watcher);
+
+    /// Drops what is held of the tracks: it is not what the files say any more.
+    void forget(const std::vector<Track*>& tracks);
 
     /// What the updates from now on are about, in the user's words, for the list of runs.
     void set_activity(std::string activity) { activity_ = std::move(activity); }
@@ -69,6 +73,7 @@ public:
 
 private:
     struct Update;
+    class ReadOnly;
 
     void start_first();
     void end_first(const UpdateReport& report);

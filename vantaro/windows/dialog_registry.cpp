@@ -16,11 +16,9 @@ void DialogRegistry::unregister_dialog(WindowHandle window) {
     std::erase_if(windows_, [&](const auto& known) { return known.isNull() || known.data() == window; });
 }
 
-std::vector<QWidget*> DialogRegistry::windows() const {
-    std::vector<QWidget*> open;
-    for (const auto& window : windows_)
-        if (window)
-            open.push_back(window);
+std::vector<QPointer<QWidget>> DialogRegistry::windows() const {
+    std::vector<QPointer<QWidget>> open = windows_;
+    std::erase_if(open, [](const auto& window) { return window.isNull(); });
     return open;
 }
 

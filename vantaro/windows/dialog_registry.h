@@ -3,7 +3,7 @@
 //     DialogRegistry dialogs;
 //     registry.add_own<ModelessDialogRegistry>(dialogs);
 //     ...
-//     for (QWidget* window : dialogs.windows()) window->close();
+//     for (const QPointer<QWidget>& window : dialogs.windows()) window->close();
 //
 // Main thread.
 #pragma once
@@ -25,7 +25,7 @@ public:
 
     /// What is open, in the order in which it was registered. A window that was deleted without a word is not
     /// among them.
-    std::vector<QWidget*> windows() const;
+    std::vector<QPointer<QWidget>> windows() const;
 
 private:
     std::vector<QPointer<QWidget>> windows_;

@@ -5,8 +5,8 @@ namespace quorvex {
 using namespace vantaro;
 
 void DryRun::edit(const Script& script, std::size_t row, TrackInfo& info, const Action* skipped) {
-    TrackHandle* track = tracks_[row].get();
-    const RunContext in_list{static_cast<std::uint32_t>(row), static_cast<std::uint32_t>(tracks_.size())};
+    TrackHandle* track = tracks()[row].get();
+    const RunContext in_list{static_cast<std::uint32_t>(row), static_cast<std::uint32_t>(tracks().size())};
     for (const Ref<Action>& action : script) {
         if (action.get() == skipped)
             continue;
@@ -27,7 +27,7 @@ const PositionTable& DryRun::groups_of(Action& action) {
     const auto found = group_tables_.find(key);
     if (found != group_tables_.end())
         return found->second;
-    return group_tables_.emplace(std::move(key), group_table(action, tracks_)).first->second;
+    return group_tables_.emplace(std::move(key), group_table(action, tracks())).first->second;
 }
 
 } // namespace quorvex

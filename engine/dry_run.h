@@ -11,6 +11,7 @@
 #include "engine/run_index.h"
 
 #include <map>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -18,9 +19,11 @@ namespace quorvex {
 
 class DryRun {
 public:
-    explicit DryRun(TrackList tracks) : tracks_(std::move(tracks)) {}
+    explicit DryRun(TrackList tracks) : tracks_(std::make_shared<TrackList>(std::move(tracks))) {}
 
-    const TrackList& tracks() const { return tracks_; }
+    const TrackList& tracks() const { return *tracks_; }
+    /// The same list, for work on another thread that may outlive this object.
+    const std::shared_ptr<const TrackList>& shared_tracks() const { return tracks_; }
 
     /// Applies the script to the tags of the track at `row`, which `info` holds. Actions count by the row
     /// itself, also for a track that is listed twice, and by groups in the whole list; one that is `skipped`
@@ -35,7 +38,7 @@ public:
 private:
     const PositionTable& groups_of(Action& action);
 
-    const TrackList tracks_;
+    const std::shared_ptr<const TrackList> tracks_;
     /// By kind and parameter text: an action that is edited gets a new table.
     std::map<std::pair<vantaro::Guid, std::string>, PositionTable> group_tables_;
 };

@@ -55,10 +55,10 @@ bool is_held(TrackHandle& track) {
 } // namespace
 
 struct PreviewReader::Job {
-    explicit Job(const TrackList& list) : tracks(list) {}
+    explicit Job(std::shared_ptr<const TrackList> list) : tracks(std::move(list)) {}
 
     SetOnce abort;
-    const TrackList tracks;
+    const std::shared_ptr<const TrackList> tracks;
 };
 
 class PreviewReader::Delivery final : public HeapService<MainThreadCall> {
@@ -80,15 +80,16 @@ private:
     const std::shared_ptr<const ReadTags> tags_;
 };
 
-void PreviewReader::start(const TrackList& tracks) {
+void PreviewReader::start(std::shared_ptr<const TrackList> tracks) {
     cancel();
-    job_ = std::make_shared<Job>(tracks);
+    job_ = std::make_shared<Job>(std::move(tracks));
     start_background_thread([job = job_, this] {
         const auto queue = required_service<MainThreadQueue>();
         Ref<InputInfoReader> reader;
         std::string path; // of the file that is open: subsongs of one file share it
-        for (std::size_t row = 0; row < job->tracks.size() && !job->abort.is_aborting(); ++row) {
-            TrackHandle& track = *job->tracks[row];
+        const TrackList& list = *job->tracks;
+        for (std::size_t row = 0; row < list.size() && !job->abort.is_aborting(); ++row) {
+            TrackHandle& track = *list[row];
             try {
                 if (is_held(track))
                     continue;

@@ -2,7 +2,7 @@
 // preview works on what is in the files.
 //
 //     PreviewReader reader([&](std::size_t row, auto tags) { rows.hold(row, tags); list.redraw(row); });
-//     reader.start(tracks);
+//     reader.start(rows.shared_tracks());
 //
 // Main thread; results are delivered there too, through the host's queue.
 #pragma once
@@ -35,7 +35,7 @@ public:
     /// Cancels what is under way, and reads these tracks in order, those left out of which the host holds
     /// all. A track that cannot be read is left out too. Throws: std::system_error when the system has no
     /// thread or file descriptor left.
-    void start(const TrackList& tracks);
+    void start(std::shared_ptr<const TrackList> tracks);
     /// Does not wait.
     void cancel();
 

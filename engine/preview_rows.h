@@ -22,6 +22,7 @@ public:
     explicit PreviewRows(TrackList tracks) : dry_run_(std::move(tracks)) {}
 
     const TrackList& tracks() const { return dry_run_.tracks(); }
+    const std::shared_ptr<const TrackList>& shared_tracks() const { return dry_run_.shared_tracks(); }
 
     /// Tags read from a file stand above what the host holds.
     void hold(std::size_t row, std::shared_ptr<const ReadTags> tags) { read_[row] = std::move(tags); }

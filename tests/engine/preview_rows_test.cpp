@@ -74,6 +74,7 @@ protected:
     }
     ~Preview() override { join_background_threads(); }
 
+    void start(TrackList tracks) { reader_.start(std::make_shared<TrackList>(std::move(tracks))); }
     /// Reads until the thread has ended. Returns the rows, in the order in which they came.
     std::string delivered() {
         input_->go_on.release(100);
@@ -123,13 +124,13 @@ TEST_F(Preview, ReadsWhatTheHostDoesNotHold) {
     tag_io_.track("held").is_held = true;
     TrackList tracks = tag_io_.tracks("held broken x");
     tracks.insert(tracks.begin() + 1, {Ref<TrackHandle>(&first_), Ref<TrackHandle>(&second_)});
-    reader_.start(tracks);
+    start(std::move(tracks));
     EXPECT_EQ(delivered(), "1=SUBSONG=[1] 2=SUBSONG=[2] 4=SUBSONG=[0] ");
     EXPECT_EQ(input_->opened, "many broken x ") << "subsongs share a file";
 }
 
 TEST_F(Preview, DeliversNothingOnceCancelled) {
-    reader_.start(tag_io_.tracks("a b c"));
+    start(tag_io_.tracks("a b c"));
     input_->began.acquire();
     reader_.cancel();
     EXPECT_EQ(delivered(), "");
@@ -137,13 +138,13 @@ TEST_F(Preview, DeliversNothingOnceCancelled) {
 
     // Results that were on their way are dropped, and those of the next start come.
     input_->go_on.release(2);
-    reader_.start(tag_io_.tracks("a b"));
+    start(tag_io_.tracks("a b"));
     join_background_threads();
-    reader_.start(tag_io_.tracks("c"));
+    start(tag_io_.tracks("c"));
     EXPECT_EQ(delivered(), "0=SUBSONG=[0] ");
     {
         PreviewReader gone([this](std::size_t, const auto&) { rows_ += "late"; });
-        gone.start(tag_io_.tracks("a"));
+        gone.start(std::make_shared<TrackList>(tag_io_.tracks("a")));
         join_background_threads();
     }
     EXPECT_EQ(queue_->run_all(), 1U);

@@ -176,7 +176,7 @@ void EditorWindow::start() {
     get<QPushButton>(editor_control::add).setFocus();
     is_started_ = true;
     counter_.restart();
-    reader_.start(rows_.tracks());
+    reader_.start(rows_.shared_tracks());
 }
 
 void EditorWindow::on_click(std::uint16_t button, void (EditorWindow::*command)()) {
@@ -393,7 +393,7 @@ void EditorWindow::tags_changed(TrackHandle* const* tracks, std::size_t count) {
         rows_.forget_groups();
         rows_.forget_read();
         script_changed();
-        reader_.start(rows_.tracks());
+        reader_.start(rows_.shared_tracks());
     });
 }
 

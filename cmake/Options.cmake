@@ -44,11 +44,11 @@ function(quorvex_library name)
 endfunction()
 
 # quorvex_test(NAME SOURCES... LIBRARIES...)
-# A GoogleTest program; every test case in it becomes a test of ctest.
+# A GoogleTest program; every test case in it becomes a test of ctest, with the program's name as its label.
 function(quorvex_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
     add_executable(${name} ${arg_SOURCES})
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
     target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock_main)
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120 LABELS ${name})
 endfunction()

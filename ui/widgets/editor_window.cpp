@@ -7,13 +7,12 @@
 #include "host/api/tag_io.h"
 #include "host/exception_filter.h"
 #include "host/shared/failure.h"
-#include "script/action_registry.h"
 #include "ui/editor_template.h"
+#include "ui/widgets/add_menu.h"
 #include "ui/widgets/anchor_resizer.h"
 #include "ui/widgets/change_counter.h"
 #include "ui/widgets/dialog_services.h"
 #include "ui/widgets/help.h"
-#include "ui/widgets/mnemonics.h"
 #include "ui/widgets/pattern_tip.h"
 #include "ui/widgets/placement.h"
 #include "ui/widgets/script_commands.h"
@@ -24,7 +23,6 @@
 #include <QDialog>
 #include <QHeaderView>
 #include <QLabel>
-#include <QMenu>
 #include <QMimeData>
 #include <QPushButton>
 #include <QShortcut>
@@ -80,7 +78,6 @@ private:
     template <class Object>
     void on_click(std::uint16_t button, Object& object, void (Object::*command)());
 
-    void show_add_menu();
     void add(ActionType& type, const std::string& name);
     void edit_selected();
     void edit(std::size_t row, bool is_new);
@@ -112,6 +109,8 @@ private:
     RevocableNotify run_notify_;
     ScriptCommands scripts_;
     std::optional<Edit> edit_;
+    AddMenu add_menu_{get<QPushButton>(editor_control::add),
+                      [this](ActionType& type, const std::string& name) { add(type, name); }};
     PatternSample sample_;
     Ref<HostTagIO> tag_io_;
     bool is_started_ = false;
@@ -169,10 +168,13 @@ void EditorWindow::set_up_lists() {
 void EditorWindow::start() {
     show();
     auto& tracks = get<QTableView>(editor_control::track_list);
+    // Names fit also when they are bold, as those of tracks that change are.
     tracks.resizeColumnToContents(PreviewModel::name_column);
-    const int widest = tracks.viewport()->width() / 2;
-    tracks.setColumnWidth(PreviewModel::name_column,
-                          std::min(widest, tracks.columnWidth(PreviewModel::name_column)));
+    QFont bold = tracks.font();
+    bold.setBold(true);
+    const int width = tracks.columnWidth(PreviewModel::name_column) * QFontMetrics(bold).averageCharWidth()
+                      / tracks.fontMetrics().averageCharWidth();
+    tracks.setColumnWidth(PreviewModel::name_column, std::min(width, tracks.viewport()->width() / 2));
     get<QPushButton>(editor_control::add).setFocus();
     is_started_ = true;
     counter_.restart();
@@ -193,7 +195,6 @@ void EditorWindow::on_click(std::uint16_t id, Object& object, void (Object::*com
 }
 
 void EditorWindow::set_up_commands() {
-    on_click(editor_control::add, &EditorWindow::show_add_menu);
     on_click(editor_control::remove, &EditorWindow::remove_selected);
     on_click(editor_control::clear, scripts_, &ScriptCommands::clear);
     on_click(editor_control::up, &EditorWindow::move_up);
@@ -210,6 +211,7 @@ void EditorWindow::set_up_commands() {
     auto& run_button = get<QPushButton>(editor_control::run);
     connect(&run_button, &QPushButton::clicked, this, [this] { run(); });
     run_button.setDefault(true);
+    get<QPushButton>(editor_control::add).setAutoDefault(false);
     auto& close_button = get<QPushButton>(editor_control::close);
     close_button.setAutoDefault(false);
     connect(&close_button, &QPushButton::clicked, this, [this] { close(); });
@@ -226,23 +228,6 @@ void EditorWindow::set_up_commands() {
     on_key(Qt::Key_Delete, &EditorWindow::remove_selected);
     on_key(Qt::ALT | Qt::Key_Up, &EditorWindow::move_up);
     on_key(Qt::ALT | Qt::Key_Down, &EditorWindow::move_down);
-}
-
-void EditorWindow::show_add_menu() {
-    auto* menu = new QMenu(this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    QSet<QChar> taken;
-    for (const ActionMenuEntry& entry : action_menu()) {
-        const QString name = QString::fromStdString(entry.name).replace('&', "&&");
-        connect(menu->addAction(with_mnemonic(name, taken)), &QAction::triggered, this,
-                [this, entry] { guarded([&] { add(*entry.type, entry.name); }); });
-    }
-    // Beside the button: below it, or above where the screen ends.
-    const QPushButton& button = get<QPushButton>(editor_control::add);
-    QPoint corner = button.mapToGlobal(QPoint(0, button.height()));
-    if (corner.y() + menu->sizeHint().height() > button.screen()->availableGeometry().bottom())
-        corner = button.mapToGlobal(QPoint(0, -menu->sizeHint().height()));
-    menu->popup(corner);
 }
 
 void EditorWindow::add(ActionType& type, const std::string& name) {

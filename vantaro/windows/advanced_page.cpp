@@ -177,7 +177,7 @@ AdvancedPage::AdvancedPage(const std::vector<Ref<AdvancedPreference>>& services,
     tree_->header()->setStretchLastSection(false);
     tree_->header()->setSectionResizeMode(name_column, QHeaderView::Stretch);
     tree_->header()->setSectionResizeMode(value_column, QHeaderView::Interactive);
-    tree_->header()->resizeSection(value_column, 24 * fontMetrics().averageCharWidth());
+    tree_->header()->resizeSection(value_column, 16 * fontMetrics().averageCharWidth());
     tree_->setCurrentItem(tree_->topLevelItem(0));
 
     auto* layout = new QVBoxLayout(this);

@@ -67,7 +67,7 @@ PreferencesWindow::PreferencesWindow(Host& host, const std::string& config_dir, 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(tabs, 1);
     layout->addWidget(buttons);
-    resize(90 * fontMetrics().averageCharWidth(), 26 * fontMetrics().lineSpacing());
+    resize(100 * fontMetrics().averageCharWidth(), 26 * fontMetrics().lineSpacing());
 }
 
 void PreferencesWindow::accept() {

@@ -1,5 +1,7 @@
 #include "vantaro/desktop/main_window.h"
 
+#include "vantaro/locations/playlist.h"
+#include "vantaro/tags/format.h"
 #include "vantaro/windows/preferences_window.h"
 #include "vantaro/windows/update_window.h"
 
@@ -16,6 +18,7 @@
 #include <QWindow>
 
 #include <algorithm>
+#include <iterator>
 
 namespace vantaro::core {
 
@@ -171,7 +174,16 @@ void MainWindow::show_selection() {
 }
 
 void MainWindow::choose_files() {
-    const QStringList names = QFileDialog::getOpenFileNames(this, QStringLiteral("Add files"));
+    std::vector<std::string> extensions = tags::audio_extensions();
+    std::ranges::move(playlist_extensions(), std::back_inserter(extensions));
+    QString patterns;
+    for (const std::string& extension : extensions) {
+        const QString pattern = QStringLiteral("*.%1 ").arg(QString::fromStdString(extension));
+        patterns += pattern + pattern.toUpper(); // some desktops take them by the letter
+    }
+    const QString filters = QStringLiteral("Music and playlists (%1);;All files (*)").arg(patterns.trimmed());
+    const QStringList names = QFileDialog::getOpenFileNames(this, QStringLiteral("Add files"), {}, filters,
+                                                            nullptr, QFileDialog::HideNameFilterDetails);
     std::vector<std::string> locations;
     for (const QString& name : names)
         locations.push_back(QFile::encodeName(name).toStdString());

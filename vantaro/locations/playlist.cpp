@@ -64,6 +64,13 @@ std::string from_windows_1252(std::string_view text) {
 
 } // namespace
 
+std::vector<std::string> playlist_extensions() {
+    std::vector<std::string> texts;
+    for (const PlaylistFormat& format : formats)
+        texts.emplace_back(format.extension.substr(1));
+    return texts;
+}
+
 const PlaylistFormat* playlist_format(std::string_view path) {
     const std::size_t dot = path.rfind('.');
     if (dot == none)

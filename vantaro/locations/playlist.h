@@ -24,6 +24,8 @@ struct PlaylistFormat {
     bool joins_repetitions;
 };
 
+/// In lower case, without the dot.
+std::vector<std::string> playlist_extensions();
 /// The format by the extension, in either case; nullptr when the file is no playlist.
 const PlaylistFormat* playlist_format(std::string_view path);
 

@@ -95,6 +95,13 @@ std::string_view format_name(Format format) {
     return "";
 }
 
+std::vector<std::string> audio_extensions() {
+    std::vector<std::string> texts;
+    for (const Extension& extension : extensions)
+        texts.emplace_back(extension.text);
+    return texts;
+}
+
 std::optional<Format> format_of_name(std::string_view path) {
     path.remove_prefix(path.find_last_of('/') + 1);
     const std::size_t dot = path.rfind('.');

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace TagLib {
 class IOStream;
@@ -29,6 +31,8 @@ enum class Format {
 
 /// As users know it.
 std::string_view format_name(Format format);
+/// In lower case, without the dot.
+std::vector<std::string> audio_extensions();
 /// By the extension.
 std::optional<Format> format_of_name(std::string_view path);
 /// By the content that starts at `start`, behind ID3v2 tags; where that says nothing, by the extension of the

@@ -105,6 +105,24 @@ TEST_F(Closing, WaitsForWindowsThatDoNotWantToGo) {
     dialogs_.unregister_dialog(static_cast<QWidget*>(&window));
 }
 
+TEST_F(Closing, UndoesInTurnWithUpdates) {
+    start_slow_update();
+    ASSERT_TRUE(wait_for_updates());
+    EXPECT_EQ(changed_files(), file_count);
+    item_.milliseconds = 0;
+    window_->undo_last_run();
+    std::vector<TrackHandle*> tracks;
+    for (int row = 0; row < window_->model().rowCount(); ++row)
+        tracks.push_back(&window_->model().track(row));
+    context_menu(host_, tracks, {}).front().node->execute(tracks.data(), tracks.size());
+    ASSERT_TRUE(wait_for_updates());
+    EXPECT_EQ(changed_files(), file_count) << "the update came second";
+    const std::vector<RunSummary> runs = host_.runs().runs();
+    ASSERT_EQ(runs.size(), 3U);
+    for (const RunSummary& run : runs)
+        EXPECT_EQ(run.files, static_cast<std::uint64_t>(file_count));
+}
+
 class Program : public testing::Test {
 protected:
     /// Starts `vantaro` on a platform without a display; interrupts it when it has not ended by itself.

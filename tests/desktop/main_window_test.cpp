@@ -9,7 +9,10 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMimeData>
+#include <QPlainTextEdit>
 #include <QUrl>
+
+#include <numeric>
 
 namespace vantaro::test {
 namespace {
@@ -73,6 +76,7 @@ TEST_F(Loading, TellsWhatCannotBeRead) {
     load(folder_.write("noise.mp3", "no music"));
     EXPECT_EQ(cell(0, Column::file_name), "noise.mp3");
     EXPECT_EQ(cell(0, Column::title), "");
+    EXPECT_EQ(cell(0, Column::format), "unreadable");
     EXPECT_THAT(cell(0, Column::title, Qt::ToolTipRole), HasSubstr("noise.mp3\n"));
     const TrackModel& model = window_->model();
     EXPECT_TRUE(model.data(model.index(0, 0), Qt::ForegroundRole).isValid());
@@ -96,6 +100,49 @@ TEST_F(Loading, NoticesFilesThatOthersHaveChanged) {
     EXPECT_TRUE(wait_for([this] { return cell(0, Column::title) == "Lantern Room"; }));
     EXPECT_TRUE(wait_for([this] { return !cell(1, Column::title, Qt::ToolTipRole).empty(); }));
     EXPECT_EQ(cell(2, Column::title), "Rope and Tar");
+}
+
+TEST_F(Loading, ReadsWhatACancelLeftUnread) {
+    folder_.make_folder("many");
+    for (int i = 0; i < 600; ++i)
+        std::filesystem::create_symlink(album_ + "/03 - Rope and Tar.ogg",
+                                        folder_.path("many/" + std::to_string(i) + ".ogg"));
+    const auto unread = [this] {
+        std::vector<int> rows(static_cast<std::size_t>(window_->model().rowCount()));
+        std::iota(rows.begin(), rows.end(), 0);
+        return std::ranges::count_if(rows, [&](int row) { return !window_->model().track(row).held(); });
+    };
+    window_->add({folder_.path("many")});
+    ASSERT_TRUE(wait_for([this] { return window_->model().rowCount() > 0; }));
+    bool is_done = false;
+    window_->loader().read({&window_->model().track(0)}, [&] { is_done = true; });
+    EXPECT_TRUE(window_->loader().cancel()) << "something was to follow";
+    ASSERT_TRUE(wait_for([this] { return !window_->loader().is_busy(); }));
+    EXPECT_FALSE(is_done);
+    EXPECT_GT(unread(), 0);
+    load(folder_.path("many"));
+    EXPECT_EQ(window_->model().rowCount(), 600);
+    EXPECT_EQ(unread(), 0);
+}
+
+using Keys = WithDesktop;
+
+TEST_F(Keys, OfTheListAreNotTheConsoles) {
+    load(album_);
+    part<QDockWidget>("console")->show();
+    window_->activateWindow();
+    ASSERT_TRUE(wait_for([this] { return window_->isActiveWindow(); }));
+    auto* console = part<QDockWidget>("console")->findChild<QPlainTextEdit*>();
+    select(0);
+    console->setFocus();
+    for (const Qt::Key key : {Qt::Key_A, Qt::Key_Delete})
+        QTest::keyClick(console, key, key == Qt::Key_A ? Qt::ControlModifier : Qt::NoModifier);
+    EXPECT_EQ(window_->model().rowCount(), 10);
+    EXPECT_EQ(window_->list().selected_count(), 1U);
+    window_->list().setFocus();
+    ASSERT_TRUE(wait_for([this] { return action("&Remove from list")->isEnabled(); }));
+    QTest::keyClick(&window_->list(), Qt::Key_Delete);
+    EXPECT_EQ(window_->model().rowCount(), 9);
 }
 
 using Remembering = WithDesktop;

@@ -95,6 +95,7 @@ TEST_F(ScriptRoad, OfEveryKindAddedRunAndTakenBack) {
 
     run(editor);
     EXPECT_TRUE(editor.window().isEnabled());
+    EXPECT_EQ(editor.focused(), action_list);
     EXPECT_EQ(editor.text(script_name), "");
     EXPECT_EQ(editor.name_list(), "[last used]|");
     std::string of_all;
@@ -177,6 +178,22 @@ TEST_F(ScriptRoad, ThroughTheLibraryAndFiles) {
         const std::string stored = stored_settings();
         return stored.find("[last used]") != stored.npos && stored.find("MOOD\nStormy") != stored.npos;
     }));
+}
+
+TEST_F(ScriptRoad, IsNotLostInSilenceWhereItCannotBeStored) {
+    const Editor editor = open_editor_on_all();
+    std::filesystem::remove_all(folder_.path("config"));
+    folder_.write("config", "in the way");
+    editor.add("Embed cuesheet");
+    editor.control<QComboBox>(script_name).setEditText("Cues");
+    editor.click(save);
+    editor.window().close();
+    ASSERT_TRUE(wait_for([] { return shows_message("could not be stored"); }));
+    answer_next(QMessageBox::No);
+    EXPECT_FALSE(window().close());
+    answer_next(QMessageBox::Yes);
+    EXPECT_TRUE(window().close());
+    EXPECT_THAT(take_asked(), StartsWith("Quit: Settings and saved scripts could not be stored in "));
 }
 
 } // namespace

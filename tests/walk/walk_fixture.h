@@ -119,6 +119,13 @@ protected:
         return found;
     }
 
+    /// Whether a message is shown that has the text in it.
+    static bool shows_message(const QString& text) {
+        return std::ranges::any_of(QApplication::topLevelWidgets(), [&](const QWidget* shown) {
+            const auto* said = shown->findChild<QPlainTextEdit*>();
+            return shown->isVisible() && said && said->toPlainText().contains(text);
+        });
+    }
     std::string listed_title(int row) {
         const TrackModel& model = window().model();
         return model.data(model.index(row, static_cast<int>(Column::title)), Qt::DisplayRole)

@@ -88,7 +88,11 @@ TEST_F(ConsolePanel, ScrollsAlongUnlessThePersonHasScrolledUp) {
     EXPECT_GT(bar.maximum(), 0);
     EXPECT_EQ(bar.value(), bar.maximum());
 
-    bar.setValue(200);
+    const auto scroll = [&](int place) {
+        bar.setSliderPosition(place);
+        bar.triggerAction(QAbstractSlider::SliderMove);
+    };
+    scroll(200);
     const auto first_line = [&] { return panel->cursorForPosition({4, 8}).block().text(); };
     const QString seen = first_line();
     print_numbers(500, 600);
@@ -99,7 +103,22 @@ TEST_F(ConsolePanel, ScrollsAlongUnlessThePersonHasScrolledUp) {
     ASSERT_TRUE(waits_for_last_line(*panel, QString("line %1").arg(PanelConsole::most_lines + 99)));
     EXPECT_EQ(first_line(), seen);
 
-    bar.setValue(bar.maximum());
+    scroll(bar.maximum());
+    print("last");
+    ASSERT_TRUE(waits_for_last_line(*panel, "last"));
+    EXPECT_EQ(bar.value(), bar.maximum());
+}
+
+TEST_F(ConsolePanel, StandsAtItsEndWhenItIsShown) {
+    std::unique_ptr<QPlainTextEdit> panel(dynamic_cast<QPlainTextEdit*>(console->make_panel(nullptr)));
+    print_numbers(0, 30);
+    ASSERT_TRUE(waits_for_last_line(*panel, "line 29"));
+    panel->resize(400, 100);
+    panel->show();
+    QScrollBar& bar = *panel->verticalScrollBar();
+    EXPECT_GT(bar.maximum(), 0);
+    EXPECT_EQ(bar.value(), bar.maximum());
+    panel->resize(200, 60);
     print("last");
     ASSERT_TRUE(waits_for_last_line(*panel, "last"));
     EXPECT_EQ(bar.value(), bar.maximum());

@@ -98,7 +98,7 @@ class ShortcutsWindow : public Shortcuts {
 protected:
     bool edit(const std::function<void(QWidget&)>& act) {
         test::with_modal(act);
-        return edit_shortcuts(table, commands, nullptr);
+        return edit_shortcuts(table, commands, own, nullptr);
     }
     static void choose(const QWidget& window, const QString& path) {
         auto& list = test::child<QTreeWidget>(window);
@@ -115,6 +115,7 @@ protected:
     const std::vector<MenuCommand> commands{{{"Tagging"}, "Tidy up", "", tidy, nullptr},
                                             {{"Tagging"}, "Rename", "", rename_id, nullptr},
                                             {{"Tagging"}, "Without a GUID", "", {}, nullptr}};
+    const std::vector<WindowKeys> own{{"Select all", QKeySequence("Ctrl+A")}};
 };
 
 TEST_F(ShortcutsWindow, AssignsAndClears) {
@@ -146,6 +147,9 @@ TEST_F(ShortcutsWindow, TakesKeysOver) {
         EXPECT_FALSE(says(window, "belongs to"));
         type(window, "Ctrl+K"); // the longer sequence could not be typed any more
         EXPECT_TRUE(says(window, "Ctrl+K, Ctrl+R belongs to \"Tagging/Rename\""));
+        type(window, "Ctrl+A, B");
+        EXPECT_TRUE(says(window, "Ctrl+A belongs to \"Select all\" of the window"));
+        type(window, "Ctrl+K");
         test::press(window, "OK"); // not without the person saying so
         EXPECT_TRUE(window.isVisible());
         test::press(window, "Take over");

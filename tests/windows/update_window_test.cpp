@@ -55,7 +55,8 @@ protected:
         list.push_back(&tracks.get(folder.path(name), 0));
     }
     void start() {
-        tag_io.start_update(list, *filter, make_update_window(tag_io, parent.get(), list.size(), "Updating"),
+        tag_io.start_update(list, *filter,
+                            make_update_window(parent.get(), list.size(), {"Updating", "updated"}),
                             ended.get());
     }
     void wait_for_end() {
@@ -159,7 +160,7 @@ TEST_F(UpdateWindow, ShowsHowFarItIsUntilItsWatcherGoes) {
                    "files sometimes are when whole titles go into them.flac",
                    0);
     constexpr std::size_t total = 300'000;
-    auto watcher = make_update_window(tag_io, nullptr, total, "Reading");
+    auto watcher = make_update_window(nullptr, total, {"Reading", "read"});
     std::jthread job([&] {
         TrackOutcome outcome;
         outcome.track = &track;
@@ -187,7 +188,7 @@ TEST(UpdateReport, ThousandsOfRowsTakeNoTime) {
     report.total = report.failed = failed.size();
     QElapsedTimer time;
     time.start();
-    show_update_report(report, std::move(failed), nullptr);
+    show_update_report(report, "updated", std::move(failed), nullptr);
     QWidget* window = find_window("Files That Failed");
     ASSERT_TRUE(window && QTest::qWaitForWindowExposed(window));
     test::child<QTreeView>(*window).scrollToBottom();
@@ -212,7 +213,7 @@ TEST(UpdateReport, SumsUp) {
         {{2, 2, 0, 0, false, 1, "disk"}, "2 of 2 files updated"},
     };
     for (const Row& row : rows)
-        EXPECT_EQ(update_summary(row.report), row.text);
+        EXPECT_EQ(update_summary(row.report, "updated"), row.text);
 }
 
 } // namespace

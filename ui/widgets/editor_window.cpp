@@ -109,6 +109,7 @@ private:
     RevocableNotify run_notify_;
     ScriptCommands scripts_;
     std::optional<Edit> edit_;
+    QPointer<QWidget> focus_before_run_;
     AddMenu add_menu_{get<QPushButton>(editor_control::add),
                       [this](ActionType& type, const std::string& name) { add(type, name); }};
     PatternSample sample_;
@@ -169,6 +170,7 @@ void EditorWindow::start() {
     show();
     auto& tracks = get<QTableView>(editor_control::track_list);
     // Names fit also when they are bold, as those of tracks that change are.
+    tracks.horizontalHeader()->setResizeContentsPrecision(0); // the rows in sight
     tracks.resizeColumnToContents(PreviewModel::name_column);
     QFont bold = tracks.font();
     bold.setBold(true);
@@ -297,6 +299,7 @@ void EditorWindow::run() {
             return;
         }
         scripts_.store_last_used();
+        focus_before_run_ = focusWidget();
         setEnabled(false);
         run_notify_.renew([this](std::uint32_t code) { end_run(code); });
         try {
@@ -310,6 +313,8 @@ void EditorWindow::run() {
 
 void EditorWindow::end_run(std::uint32_t code) {
     setEnabled(true);
+    if (focus_before_run_)
+        focus_before_run_->setFocus();
     if (code == update_result::completed && get<QCheckBox>(editor_control::close_when_done).isChecked())
         QTimer::singleShot(0, this, [this] { close(); });
     else
@@ -341,7 +346,9 @@ void EditorWindow::dragEnterEvent(QDragEnterEvent* event) {
 
 void EditorWindow::dropEvent(QDropEvent* event) {
     event->acceptProposedAction();
-    const std::string path = event->mimeData()->urls().front().toLocalFile().toStdString();
+    // Names are bytes: those that are no text survive as they are in the address.
+    const QByteArray encoded = event->mimeData()->urls().front().path(QUrl::FullyEncoded).toUtf8();
+    const std::string path = QByteArray::fromPercentEncoding(encoded).toStdString();
     QTimer::singleShot(0, this, [this, path] { guarded([&] { scripts_.import_file(path); }); });
 }
 
@@ -361,9 +368,12 @@ void EditorWindow::show_count(const ChangeCounter& counter) {
     const QString total = QLocale().toString(static_cast<qulonglong>(counter.total()));
     const QString changed = QLocale().toString(static_cast<qulonglong>(counter.changed()));
     const bool is_done = counter.counted() == counter.total();
-    const QString text = QString("%1 of %2 change%3").arg(changed, total, is_done ? "" : QString(u'…'));
+    const QString counts = QString("%1 of %2").arg(changed, total);
+    const QString still = is_done ? QString() : QString(u'…');
+    const QString text = counts + " change" + still;
     label.setToolTip(text);
-    label.setText(label.fontMetrics().elidedText(text, Qt::ElideRight, label.width()));
+    const bool fits = label.fontMetrics().horizontalAdvance(text) <= label.width();
+    label.setText(fits ? text : counts + still);
 }
 
 void EditorWindow::tags_changed(TrackHandle* const* tracks, std::size_t count) {

@@ -44,13 +44,20 @@ std::vector<std::string> split(const std::string& path) {
 std::vector<MenuCommand> context_menu(Host& host, const std::vector<TrackHandle*>& tracks,
                                       const Guid& caller) {
     std::vector<MenuCommand> commands;
-    host.for_each_service<ContextMenuItem>([&](ContextMenuItem& item) {
+    const auto add_item = [&](ContextMenuItem& item) {
         for (std::size_t i = 0; i < item.command_count(); ++i) {
             const std::string menu = text_of([&](TextSink& out) { item.get_default_path(i, out); });
             const auto node =
                 Ref<ContextMenuNode>::adopt(item.create_node(i, tracks.data(), tracks.size(), caller));
             if (node)
                 add_commands(node, split(menu), item.get_item_guid(i), commands);
+        }
+    };
+    host.for_each_service<ContextMenuItem>([&](ContextMenuItem& item) {
+        try {
+            add_item(item);
+        } catch (const std::exception& error) {
+            host.report(std::string("A command of the context menu is left out: ") + error.what());
         }
     });
     return commands;

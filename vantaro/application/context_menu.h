@@ -29,7 +29,7 @@ struct MenuCommand {
 std::string path_of(const MenuCommand& command);
 
 /// The commands for these tracks, in the order of the items and of the nodes in each. `caller` as
-/// ContextMenuItem has it.
+/// ContextMenuItem has it. What a component fails to offer is reported and left out.
 std::vector<MenuCommand> context_menu(Host& host, const std::vector<TrackHandle*>& tracks,
                                       const Guid& caller);
 

@@ -24,9 +24,8 @@ namespace vantaro::core {
 
 namespace {
 
-constexpr int save_delay = 2000;    // milliseconds after something that may have changed a configuration
-constexpr int summary_delay = 40;   // milliseconds: a selection that is being drawn changes all the time
-constexpr int hint_duration = 8000; // milliseconds
+constexpr int save_delay = 2000;  // milliseconds after something that may have changed a configuration
+constexpr int summary_delay = 40; // milliseconds: a selection that is being drawn changes all the time
 
 /// Passes an update on to its window, and counts it as long as it lives.
 class CountedWatcher final : public UpdateWatcher {
@@ -36,6 +35,7 @@ public:
         ++*count_;
     }
     ~CountedWatcher() override { --*count_; }
+    void on_queued(std::shared_ptr<AbortSignal> abort) override { watcher_->on_queued(std::move(abort)); }
     void on_track(const TrackOutcome& outcome, std::size_t done, std::size_t total) override {
         watcher_->on_track(outcome, done, total);
     }
@@ -62,11 +62,12 @@ MainWindow::MainWindow(Host& host, const WindowSetup& setup)
     : host_(host), setup_(setup), memory_(setup.config_dir),
       model_([&host](const std::string& line) { host.report(line); }), list_(new TrackList(model_, this)),
       loader_(host, model_), commands_(host, *list_, loader_, *this, setup.config_dir),
-      disk_changes_([&host](const std::string& line) { host.report(line); }), undo_(host.runs()) {
+      disk_changes_([&host](const std::string& line) { host.report(line); }) {
     setWindowTitle(QStringLiteral("Vantaro"));
     resize(list_->width_of_columns(), fontMetrics().height() * 40);
     setContextMenuPolicy(Qt::NoContextMenu);
     setCentralWidget(list_);
+    list_->setFocus();
     list_->on_drop = [this](std::vector<std::string> locations) { add(std::move(locations)); };
     connect(list_, &QWidget::customContextMenuRequested, this,
             [this](const QPoint& place) { show_context_menu(place); });
@@ -118,9 +119,7 @@ std::unique_ptr<UpdateWatcher> MainWindow::watch(std::size_t total, QWidget* par
     // A component's window works on long after the command that opened it, and others may follow.
     if (parent && parent != this)
         host_.tag_io().set_activity(parent->windowTitle().toStdString());
-    return std::make_unique<CountedWatcher>(
-        make_update_window(host_.tag_io(), parent ? parent : this, total, QStringLiteral("Updating tags")),
-        updates_);
+    return std::make_unique<CountedWatcher>(make_update_window(parent ? parent : this, total), updates_);
 }
 
 void MainWindow::tags_changed(TrackHandle* const*, std::size_t) {
@@ -241,8 +240,8 @@ void MainWindow::show_about() {
     });
     if (!components.isEmpty())
         text += QStringLiteral("<p>Components:</p><table>%1</table>").arg(components);
-    auto* box =
-        new QMessageBox(QMessageBox::NoIcon, QStringLiteral("About Vantaro"), text, QMessageBox::Close, this);
+    auto* box = new QMessageBox(QMessageBox::Information, QStringLiteral("About Vantaro"), text,
+                                QMessageBox::Close, this);
     box->setTextFormat(Qt::RichText);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open();
@@ -255,7 +254,7 @@ void MainWindow::changeEvent(QEvent* event) {
 }
 
 void MainWindow::look_at_files() {
-    if (*updates_ > 0 || undo_.is_running())
+    if (*updates_ > 0)
         return;
     std::vector<Track*> tracks = list_->visible_tracks();
     const std::vector<Track*> selected = list_->selected_tracks();
@@ -263,19 +262,20 @@ void MainWindow::look_at_files() {
     std::ranges::sort(tracks);
     tracks.erase(std::unique(tracks.begin(), tracks.end()), tracks.end());
     // The others wait to be read anyway.
-    std::erase_if(tracks, [this](Track* track) { return !track->held() && !model_.has_failed(*track); });
+    if (loader_.is_busy())
+        std::erase_if(tracks, [this](Track* track) { return !track->held() && !model_.has_failed(*track); });
     disk_changes_.look_at(std::move(tracks),
                           [this](std::vector<Track*> changed) { loader_.read(std::move(changed)); });
 }
 
-bool MainWindow::ask(const QString& title, const QString& text) {
+bool MainWindow::ask(const QString& title, const QString& text, std::uint32_t default_button) {
     const std::string title_bytes = title.toStdString();
     const std::string text_bytes = text.toStdString();
     PopupQuestion::Request request;
     request.title = title_bytes.c_str();
     request.message = text_bytes.c_str();
     request.buttons = button::yes | button::no;
-    request.default_button = button::yes;
+    request.default_button = default_button;
     request.icon = popup_icon::warning;
     request.parent = this;
     is_asking_ = true;
@@ -285,7 +285,7 @@ bool MainWindow::ask(const QString& title, const QString& text) {
 }
 
 void MainWindow::undo_last_run() {
-    if (*updates_ > 0 || undo_.is_running()) {
+    if (*updates_ > 0) {
         statusBar()->showMessage(QStringLiteral("Tags are being written: undo when that has ended."),
                                  hint_duration);
         return;
@@ -306,43 +306,53 @@ void MainWindow::undo_last_run() {
         run->start.activity.empty() ? QString() : QString::fromStdString(" \"" + run->start.activity + '"');
     if (!ask(QStringLiteral("Undo last run"),
              QStringLiteral("The run%1 of %2 changed %3. Give each its previous content again?")
-                 .arg(name, time, counted(run->files, "file", "files")))
+                 .arg(name, time, counted(run->files, "file", "files")),
+             button::yes)
         || is_closing_)
         return;
-    undo_.start(*run, this, [this](const RunUndo::Outcome& outcome) { end_undo(outcome); });
+    auto watcher = make_update_window(this, run->files, {QStringLiteral("Undoing"), "put back"});
+    start_undo(host_, run->number, std::make_unique<CountedWatcher>(std::move(watcher), updates_),
+               [this](const UndoOutcome& outcome) { end_undo(outcome); });
 }
 
-void MainWindow::end_undo(const RunUndo::Outcome& outcome) {
-    for (const std::string& line : outcome.failures)
-        host_.report(line);
-    for (const std::string& line : {outcome.error, outcome.report.problem})
-        if (!line.empty())
-            host_.report(line);
-    std::vector<Track*> tracks;
-    for (const std::string& path : outcome.put_back)
-        if (Track& track = host_.tracks().get(path, 0); model_.contains(track))
-            tracks.push_back(&track);
+void MainWindow::end_undo(const UndoOutcome& outcome) {
+    if (!outcome.error.empty())
+        host_.report(outcome.error);
     if (is_closing_)
         return;
+    std::vector<Track*> tracks;
+    std::ranges::copy_if(outcome.put_back, std::back_inserter(tracks),
+                         [this](const Track* track) { return model_.contains(*track); });
     if (!tracks.empty())
         loader_.read(std::move(tracks));
-    QString text = counted(outcome.report.put_back, "file", "files") + QStringLiteral(" put back");
+    const UndoReport& report = outcome.report;
+    QString text = counted(report.put_back, "file", "files") + QStringLiteral(" put back");
     if (!outcome.error.empty())
         text = QString::fromStdString(outcome.error);
-    else if (outcome.report.aborted)
+    else if (report.failed > 0)
+        text += QStringLiteral(", %1 not").arg(QLocale().toString(static_cast<qulonglong>(report.failed)));
+    if (report.aborted)
         text += QStringLiteral("; cancelled, the others were not touched");
-    if (!outcome.failures.empty())
-        text += QStringLiteral("; %1 left as they are, which the console explains")
-                    .arg(counted(outcome.failures.size(), "file", "files"));
     statusBar()->showMessage(text + u'.', hint_duration);
 }
 
 bool MainWindow::may_stop_updates() {
-    if (*updates_ == 0 && !undo_.is_running())
+    if (*updates_ == 0)
         return true;
     return ask(QStringLiteral("Quit"),
                QStringLiteral("Files are being written. Stop after those under way, and quit? "
-                              "Each file is then either done or untouched."));
+                              "Each file is then either done or untouched."),
+               button::no);
+}
+
+bool MainWindow::may_lose_settings() {
+    return host_.save_configurations()
+           || ask(
+               QStringLiteral("Quit"),
+               QStringLiteral("Settings and saved scripts could not be stored in %1: the console says why. "
+                              "Quit, and lose what was changed?")
+                   .arg(QString::fromStdString(setup_.config_dir)),
+               button::no);
 }
 
 bool MainWindow::close_dialogs() {
@@ -363,7 +373,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         return;
     }
     // Meanwhile the program may have been told to end.
-    if (may_stop_updates() && close_dialogs() && !is_closing_)
+    if (may_stop_updates() && close_dialogs() && may_lose_settings() && !is_closing_)
         shut_down();
     event->setAccepted(is_closing_);
 }
@@ -378,7 +388,6 @@ void MainWindow::close_at_once() {
 void MainWindow::shut_down() {
     is_closing_ = true;
     loader_.cancel();
-    undo_.cancel();
     host_.tag_io().abort_all();
     for (const QPointer<QWidget>& window : setup_.dialogs.windows())
         window->hide();
@@ -391,7 +400,15 @@ void MainWindow::shut_down() {
 
 void MainWindow::save_configurations() {
     save_timer_.stop();
-    host_.save_configurations();
+    const bool is_saved = host_.save_configurations();
+    if (!is_saved && !is_closing_ && !has_told_of_settings_) {
+        const std::string text = "Settings and saved scripts could not be stored in " + setup_.config_dir
+                                 + ": the console says why. They are kept until the program ends.";
+        host_.for_each_service<PopupMessage>([&](PopupMessage& message) {
+            message.show(text.data(), text.size(), "Vantaro", popup_icon::error);
+        });
+    }
+    has_told_of_settings_ = !is_saved;
     if (!is_closing_)
         commands_.update_shortcuts();
 }

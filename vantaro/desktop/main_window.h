@@ -70,6 +70,8 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
+    static constexpr int hint_duration = 8000; // milliseconds
+
     void tags_changed(TrackHandle* const* tracks, std::size_t count) override;
 
     void make_menus();
@@ -88,10 +90,11 @@ private:
     void show_progress();
     void show_selection();
     void look_at_files();
-    void end_undo(const RunUndo::Outcome& outcome);
+    void end_undo(const UndoOutcome& outcome);
     bool may_stop_updates();
     bool close_dialogs();
-    bool ask(const QString& title, const QString& text);
+    bool may_lose_settings();
+    bool ask(const QString& title, const QString& text, std::uint32_t default_button);
     void shut_down();
     void save_configurations();
 
@@ -103,11 +106,11 @@ private:
     TrackLoader loader_;
     TrackCommands commands_;
     DiskChanges disk_changes_;
-    RunUndo undo_;
-    /// How many updates that components have started are under way, or wait.
+    /// How many updates that components have started, and undos, are under way or wait.
     const std::shared_ptr<int> updates_ = std::make_shared<int>(0);
     bool is_closing_ = false;
     bool is_asking_ = false;
+    bool has_told_of_settings_ = false;
     std::vector<QAction*> selection_actions_; // make sense with selected rows only
     QAction* clear_action_ = nullptr;
     QLabel* summary_ = nullptr;

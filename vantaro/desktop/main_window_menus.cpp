@@ -24,8 +24,14 @@ void MainWindow::make_menus() {
     add_action(file, "Add f&older…", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O),
                [this] { choose_folder(); });
     file->addSeparator();
-    selection_actions_.push_back(
-        add_action(file, "&Remove from list", QKeySequence::Delete, [this] { remove_selected(); }));
+    // Keys that mean something else in the console.
+    const auto is_for_list = [this](QAction* action) {
+        action->setShortcutContext(Qt::WidgetShortcut);
+        list_->addAction(action);
+        return action;
+    };
+    selection_actions_.push_back(is_for_list(
+        add_action(file, "&Remove from list", QKeySequence::Delete, [this] { remove_selected(); })));
     clear_action_ = add_action(file, "&Clear list", {}, [this] { clear_list(); });
     file->addSeparator();
     add_action(file, "&Quit", QKeySequence(Qt::CTRL | Qt::Key_Q), [this] { close(); });
@@ -33,7 +39,7 @@ void MainWindow::make_menus() {
     QMenu* edit = menuBar()->addMenu(QStringLiteral("&Edit"));
     add_action(edit, "&Undo last run…", QKeySequence::Undo, [this] { undo_last_run(); });
     edit->addSeparator();
-    add_action(edit, "Select &all", QKeySequence::SelectAll, [this] { list_->selectAll(); });
+    is_for_list(add_action(edit, "Select &all", QKeySequence::SelectAll, [this] { list_->selectAll(); }));
 
     QMenu* tracks = menuBar()->addMenu(QStringLiteral("T&racks"));
     connect(tracks, &QMenu::aboutToShow, this, [this, tracks] {
@@ -122,7 +128,11 @@ void MainWindow::make_status_bar() {
     cancel_button_->setObjectName(QStringLiteral("cancel"));
     cancel_button_->setText(QStringLiteral("Cancel"));
     cancel_button_->setAutoRaise(true);
-    connect(cancel_button_, &QToolButton::clicked, this, [this] { loader_.cancel(); });
+    connect(cancel_button_, &QToolButton::clicked, this, [this] {
+        if (loader_.cancel())
+            statusBar()->showMessage(
+                QStringLiteral("The command was cancelled with the reading of its tracks."), hint_duration);
+    });
     statusBar()->addWidget(summary_, 1);
     statusBar()->addPermanentWidget(progress_text_);
     statusBar()->addPermanentWidget(progress_bar_);

@@ -6,58 +6,62 @@ namespace vantaro::core {
 
 namespace {
 
-/// Calls of the main thread for every file would keep it busy with nothing else.
-constexpr std::size_t files_a_step = 20;
-
-class CollectOutcome final : public UndoObserver {
+class Undo final : public UndoObserver {
 public:
-    CollectOutcome(RunUndo::Outcome& outcome, std::function<void(std::size_t done)> show)
-        : outcome_(outcome), show_(std::move(show)) {}
+    Undo(TrackTable& tracks, std::unique_ptr<UpdateWatcher> watcher)
+        : tracks_(tracks), watcher_(std::move(watcher)) {}
 
-    void on_file(const std::string& path, const std::string& error, std::size_t done, std::size_t) override {
+    UpdateWatcher& watcher() { return *watcher_; }
+
+    void run(RunStore& runs, std::uint64_t number, const AbortFlag& abort) {
+        try {
+            outcome.report = undo_run(runs, number, {false, present()}, *this, abort);
+        } catch (const std::exception& error) {
+            outcome.error = error.what();
+        }
+    }
+    void on_file(const std::string& path, const std::string& error, std::size_t done,
+                 std::size_t total) override {
+        TrackOutcome file;
+        file.track = &tracks_.get(path, 0);
+        file.state = error.empty() ? TrackOutcome::State::written : TrackOutcome::State::failed;
+        file.error = error;
         if (error.empty())
-            outcome_.put_back.push_back(path);
-        else
-            outcome_.failures.push_back(path + ": " + error);
-        if (done % files_a_step == 0)
-            show_(done);
+            outcome.put_back.push_back(file.track);
+        watcher_->on_track(file, done, total);
+    }
+    UpdateReport report() const {
+        UpdateReport report;
+        report.total = outcome.report.total;
+        report.written = outcome.report.put_back;
+        report.failed = outcome.report.failed;
+        report.aborted = outcome.report.aborted;
+        report.run = outcome.report.run;
+        report.problem = outcome.report.problem;
+        return report;
     }
 
+    UndoOutcome outcome;
+
 private:
-    RunUndo::Outcome& outcome_;
-    const std::function<void(std::size_t)> show_;
+    TrackTable& tracks_;
+    const std::unique_ptr<UpdateWatcher> watcher_;
 };
 
 } // namespace
 
-void RunUndo::start(const RunSummary& run, QWidget* parent, std::function<void(const Outcome&)> on_end) {
-    const auto total = static_cast<int>(run.files);
-    progress_ = new QProgressDialog(QStringLiteral("Putting files back…"), QStringLiteral("Cancel"), 0, total,
-                                    parent);
-    progress_->setWindowModality(Qt::WindowModal);
-    progress_->setMinimumWidth(progress_->fontMetrics().averageCharWidth() * 60);
-    progress_->setAutoReset(false);
-    progress_->setAutoClose(false);
-    progress_->setValue(0);
-    QObject::connect(progress_, &QProgressDialog::canceled, progress_, [this] { cancel(); });
-    work_.start([this, number = run.number, on_end = std::move(on_end)](const AbortFlag& abort) {
-        Outcome outcome;
-        CollectOutcome observer(outcome, [this](std::size_t done) {
-            work_.post([this, done] {
-                if (progress_ && !progress_->wasCanceled())
-                    progress_->setValue(static_cast<int>(done));
-            });
+void start_undo(Host& host, std::uint64_t run, std::unique_ptr<UpdateWatcher> watcher,
+                std::function<void(const UndoOutcome& outcome)> on_end) {
+    const auto undo = std::make_shared<Undo>(host.tracks(), std::move(watcher));
+    const auto abort =
+        host.tag_io().run_in_turn([undo, &runs = host.runs(), run, on_end](const AbortFlag& flag) {
+            undo->run(runs, run, flag);
+            return [undo, on_end] {
+                undo->watcher().on_end(undo->report());
+                on_end(undo->outcome);
+            };
         });
-        try {
-            outcome.report = undo_run(store_, number, {false, present()}, observer, abort);
-        } catch (const std::exception& error) {
-            outcome.error = error.what();
-        }
-        return [this, outcome = std::move(outcome), on_end] {
-            delete progress_;
-            on_end(outcome);
-        };
-    });
+    undo->watcher().on_queued(abort);
 }
 
 } // namespace vantaro::core

@@ -34,12 +34,7 @@ void TrackCommands::set_own_actions(const std::vector<QAction*>& actions) {
 }
 
 std::vector<MenuCommand> TrackCommands::commands_for(const std::vector<Track*>& tracks) {
-    try {
-        return context_menu(host_, handles(tracks), {});
-    } catch (const std::exception& error) {
-        host_.report(error.what());
-        return {};
-    }
+    return context_menu(host_, handles(tracks), {});
 }
 
 void TrackCommands::fill(QMenu& menu) {
@@ -66,15 +61,21 @@ void TrackCommands::update_shortcuts() {
     }
     for (const OwnAction& own : own_actions_) {
         QList<QKeySequence> left = own.keys;
-        left.removeIf(
-            [&](const QKeySequence& keys) { return std::ranges::find(taken, keys) != taken.end(); });
+        left.removeIf([&](const QKeySequence& keys) {
+            return std::ranges::any_of(taken,
+                                       [&](const auto& other) { return are_in_conflict(keys, other); });
+        });
         own.action->setShortcuts(left);
     }
 }
 
 void TrackCommands::edit_keys() {
     try {
-        if (!edit_shortcuts(shortcuts_, context_menu(host_, {}, menu_caller::command_list), &window_))
+        std::vector<WindowKeys> own;
+        for (const OwnAction& action : own_actions_)
+            for (const QKeySequence& keys : action.keys)
+                own.push_back({action.action->text().remove(u'&').remove(u'…'), keys});
+        if (!edit_shortcuts(shortcuts_, context_menu(host_, {}, menu_caller::command_list), own, &window_))
             return;
         update_shortcuts();
         shortcuts_.save();

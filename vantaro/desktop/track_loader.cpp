@@ -118,14 +118,17 @@ void TrackLoader::find_next() {
 void TrackLoader::append(const std::vector<Track*>& tracks) {
     if (drops_found_)
         return;
-    const std::vector<Track*> added = model_.add(tracks);
-    if (added.empty())
+    has_added_ |= !model_.add(tracks).empty();
+    // Those that were there already may be left over from a reading that was cancelled.
+    std::vector<Track*> unread;
+    std::ranges::copy_if(tracks, std::back_inserter(unread),
+                         [this](Track* track) { return !track->held() && added_.insert(track).second; });
+    if (unread.empty())
         return;
-    has_added_ = true;
-    total_ += added.size();
+    total_ += unread.size();
     if (jobs_.empty() || jobs_.back().then)
         jobs_.emplace_back();
-    std::ranges::copy(added, std::back_inserter(jobs_.back().waiting));
+    std::ranges::copy(unread, std::back_inserter(jobs_.back().waiting));
     read_next();
 }
 
@@ -168,7 +171,7 @@ void TrackLoader::end_chunk(bool was_aborted) {
         model_.set_failure(*track, reason);
     }
     host_.tag_io().forget(unreadable);
-    for (const Track* track : chunk->tracks)
+    for (Track* track : chunk->tracks)
         if (!failed.contains(track))
             model_.set_failure(*track, {});
     std::function<void()> then = std::move(chunk->then);
@@ -190,21 +193,27 @@ void TrackLoader::end_chunk(bool was_aborted) {
         then();
 }
 
-void TrackLoader::cancel() {
+bool TrackLoader::cancel() {
     locations_.clear();
+    bool has_dropped_any = chunk_ && !chunk_->is_cancelled && chunk_->then;
     drops_found_ = finding_.is_running();
     finding_.cancel();
-    for (const Job& job : std::exchange(jobs_, {}))
+    for (const Job& job : std::exchange(jobs_, {})) {
         total_ -= job.waiting.size();
+        has_dropped_any |= job.then != nullptr;
+    }
+    added_.clear();
     if (chunk_)
         chunk_->is_cancelled = true;
     show_progress();
+    return has_dropped_any;
 }
 
 void TrackLoader::show_progress() {
     if (!is_busy()) {
         timer_.stop();
         done_ = total_ = 0;
+        added_.clear();
         if (std::exchange(has_added_, false))
             model_.sort_again();
     }

@@ -19,6 +19,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace vantaro::core {
@@ -41,7 +42,8 @@ public:
     /// Reads the tags of the tracks (again), then calls `then`; never when it is cancelled before.
     void read(std::vector<Track*> tracks, std::function<void()> then = {});
     /// Drops everything that waits. The few files that are being read at the moment still are.
-    void cancel();
+    /// @returns whether something that was to follow a reading is dropped as well.
+    bool cancel();
 
     bool is_busy() const;
     /// Whether an update of the host's is under way that only reads for this object.
@@ -73,6 +75,8 @@ private:
     std::size_t done_ = 0;
     std::size_t total_ = 0;
     bool has_added_ = false;
+    /// Tracks of the list that wait, or have been read, since nothing was to be read.
+    std::unordered_set<const Track*> added_;
     /// What the search under way finds was cancelled.
     bool drops_found_ = false;
     QTimer timer_;

@@ -187,6 +187,8 @@ QVariant TrackModel::data(const QModelIndex& index, int role) const {
     const Track& shown = track(index.row());
     switch (role) {
     case Qt::DisplayRole:
+        if (column_of(index) == Column::format && has_failed(shown))
+            return QStringLiteral("unreadable");
         return cell_text(column_of(index), shown);
     case Qt::TextAlignmentRole:
         return QVariant::fromValue(Qt::Alignment(
@@ -196,6 +198,7 @@ QVariant TrackModel::data(const QModelIndex& index, int role) const {
             return QGuiApplication::palette().brush(QPalette::PlaceholderText);
         return {};
     case Qt::ToolTipRole:
+    case Qt::AccessibleDescriptionRole:
         return tool_tip(shown, failure(shown));
     default:
         return {};

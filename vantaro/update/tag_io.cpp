@@ -59,7 +59,7 @@ private:
 
 struct TagIO::Update {
     Update(const std::vector<Track*>& tracks, TrackFilter* track_filter, CompletionNotify* completion,
-           std::unique_ptr<UpdateWatcher> update_watcher, UpdateSettings settings)
+           std::unique_ptr<UpdateWatcher> update_watcher, const AbortFlag& abort, UpdateSettings settings)
         : filter(track_filter), notify(completion), watcher(std::move(update_watcher)),
           job(tracks, *filter, *watcher, abort, std::move(settings)) {}
 
@@ -73,10 +73,16 @@ struct TagIO::Update {
     Ref<TrackFilter> filter;
     Ref<CompletionNotify> notify;
     std::unique_ptr<UpdateWatcher> watcher;
-    AbortSignal abort;
     UpdateJob job;
+};
+
+struct TagIO::Task {
+    std::shared_ptr<AbortSignal> abort;
+    Work work;
     std::jthread thread; // last: it uses the others
 };
+
+void UpdateWatcher::on_queued(std::shared_ptr<AbortSignal>) {}
 
 TagIO::TagIO(TrackTable& tracks, MainThread& main_thread, const AbortFlag& interrupt, RunStore& runs,
              unsigned threads, MakeWatcher make_watcher, Report report)
@@ -120,9 +126,25 @@ void TagIO::update_async(TrackHandle* const* tracks, std::size_t count, TrackFil
 void TagIO::start_update(const std::vector<Track*>& tracks, TrackFilter& filter,
                          std::unique_ptr<UpdateWatcher> watcher, CompletionNotify* notify) {
     UpdateSettings settings{runs_, activity_, present(), keeps_times_, threads_};
-    updates_.push_back(
-        std::make_unique<Update>(tracks, &filter, notify, std::move(watcher), std::move(settings)));
-    if (updates_.size() == 1)
+    const auto abort = std::make_shared<AbortSignal>();
+    const auto update =
+        std::make_shared<Update>(tracks, &filter, notify, std::move(watcher), *abort, std::move(settings));
+    update->watcher->on_queued(abort);
+    queue(abort, [this, update](const AbortFlag&) {
+        const UpdateReport report = update->job.run();
+        return [this, update, report] { end_update(*update, report); };
+    });
+}
+
+std::shared_ptr<AbortSignal> TagIO::run_in_turn(Work work) {
+    auto abort = std::make_shared<AbortSignal>();
+    queue(abort, std::move(work));
+    return abort;
+}
+
+void TagIO::queue(std::shared_ptr<AbortSignal> abort, Work work) {
+    tasks_.push_back(std::make_unique<Task>(Task{std::move(abort), std::move(work), {}}));
+    if (tasks_.size() == 1)
         start_first();
 }
 
@@ -132,34 +154,36 @@ void TagIO::read_tags_of(const std::vector<Track*>& tracks, Hold hold,
 }
 
 void TagIO::start_first() {
-    Update& update = *updates_.front();
-    update.thread = std::jthread([this, &update] {
-        const UpdateReport report = update.job.run();
-        main_thread_.post([this, report] { end_first(report); });
-    });
+    Task& task = *tasks_.front();
+    task.thread = std::jthread(
+        [this, &task] { main_thread_.post([this, finish = task.work(*task.abort)] { end_first(finish); }); });
 }
 
 void TagIO::abort_all() {
-    for (const auto& update : updates_)
-        update->abort.set();
+    for (const auto& task : tasks_)
+        task->abort->set();
 }
 
-void TagIO::end_first(const UpdateReport& report) {
-    const std::unique_ptr<Update> update = std::move(updates_.front());
-    update->thread.join();
-    updates_.pop_front();
-    if (!updates_.empty())
+void TagIO::end_first(const std::function<void()>& finish) {
+    const std::unique_ptr<Task> task = std::move(tasks_.front());
+    task->thread.join();
+    tasks_.pop_front();
+    if (!tasks_.empty())
         start_first();
+    finish();
+}
+
+void TagIO::end_update(const Update& update, const UpdateReport& report) {
     has_failures_ |= report.failed > 0 || !report.problem.empty();
     if (!report.problem.empty())
         report_(report.problem);
-    update->watcher->on_end(report);
-    tell_listeners(update->changed_tracks());
-    if (update->notify)
-        update->notify->notify(report.aborted ? update_result::aborted
-                               : report.failed > 0 || !report.problem.empty()
-                                   ? update_result::completed_with_errors
-                                   : update_result::completed);
+    update.watcher->on_end(report);
+    tell_listeners(update.changed_tracks());
+    if (update.notify)
+        update.notify->notify(report.aborted ? update_result::aborted
+                              : report.failed > 0 || !report.problem.empty()
+                                  ? update_result::completed_with_errors
+                                  : update_result::completed);
 }
 
 void TagIO::forget(const std::vector<Track*>& tracks) {

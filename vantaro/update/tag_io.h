@@ -23,6 +23,9 @@ namespace vantaro::core {
 /// Watches one update: what a terminal or a window shows of it.
 class UpdateWatcher : public UpdateObserver {
 public:
+    /// On the main thread, before the first on_track. Setting `abort`, at any time, ends this update between
+    /// two files.
+    virtual void on_queued(std::shared_ptr<AbortSignal> abort);
     /// On the main thread, after the last on_track and before the caller of the update hears of the end.
     virtual void on_end(const UpdateReport& report) = 0;
 };
@@ -56,6 +59,13 @@ public:
     /// hear of the tracks whose tags were held before.
     void read_tags_of(const std::vector<Track*>& tracks, Hold hold, std::unique_ptr<UpdateWatcher> watcher);
 
+    /// Does other work on the files of tracks: on a thread of its own, after everything that was asked for
+    /// before, and before what comes next. `work` throws nothing, and returns what is done afterwards on the
+    /// main thread.
+    /// @returns what ends the work early, when it heeds the flag.
+    using Work = std::function<std::function<void()>(const AbortFlag& abort)>;
+    std::shared_ptr<AbortSignal> run_in_turn(Work work);
+
     /// Drops what is held of the tracks: it is not what the files say any more.
     void forget(const std::vector<Track*>& tracks);
 
@@ -64,19 +74,22 @@ public:
     /// Whether files keep their times of change in the updates from now on.
     void set_keeps_times(bool keeps_times) { keeps_times_ = keeps_times; }
 
-    /// Whether no update is under way.
-    bool is_idle() const { return updates_.empty(); }
-    /// Ends every update between two files, as soon as those being written are done.
+    /// Whether no update, or other work, is under way or waits.
+    bool is_idle() const { return tasks_.empty(); }
+    /// Ends all of it between two files, as soon as those being written are done.
     void abort_all();
     /// Whether some location, some part of one, or some track has failed since the start.
     bool has_failures() const { return has_failures_; }
 
 private:
     struct Update;
+    struct Task;
     class ReadOnly;
 
+    void queue(std::shared_ptr<AbortSignal> abort, Work work);
     void start_first();
-    void end_first(const UpdateReport& report);
+    void end_first(const std::function<void()>& finish);
+    void end_update(const Update& update, const UpdateReport& report);
     void tell_listeners(const std::vector<TrackHandle*>& changed);
 
     TrackTable& tracks_;
@@ -88,7 +101,7 @@ private:
     const Report report_;
     std::vector<TagChangeListener*> listeners_;
     /// The first one is under way, the others wait: two might be about the same file.
-    std::deque<std::unique_ptr<Update>> updates_;
+    std::deque<std::unique_ptr<Task>> tasks_;
     bool has_failures_ = false;
     std::string activity_;
     bool keeps_times_ = false;

@@ -36,6 +36,9 @@ public:
         setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
         setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
         setMaximumBlockCount(static_cast<int>(PanelConsole::most_lines));
+        connect(verticalScrollBar(), &QScrollBar::actionTriggered, this, [this] {
+            follows_ = verticalScrollBar()->sliderPosition() == verticalScrollBar()->maximum();
+        });
     }
 
     /// Whoever has scrolled up goes on seeing the same lines.
@@ -43,14 +46,13 @@ public:
         if (lines.isEmpty())
             return;
         QScrollBar& bar = *verticalScrollBar();
-        const bool follows = bar.value() == bar.maximum();
         const QTextBlock first_seen = firstVisibleBlock();
         const int line_in_block = bar.value() - first_seen.firstLineNumber();
         const int seen_number = first_seen.blockNumber();
         const int before = document()->isEmpty() ? 0 : blockCount();
         appendPlainText(lines.join('\n'));
-        if (follows)
-            return bar.setValue(bar.maximum());
+        if (follows_)
+            return follow();
         const int removed = before + static_cast<int>(lines.size()) - blockCount();
         const QTextBlock now = document()->findBlockByNumber(std::max(seen_number - removed, 0));
         bar.setValue(now.firstLineNumber() + line_in_block);
@@ -59,6 +61,22 @@ public:
     std::function<void()> on_clear;
 
 protected:
+    void wheelEvent(QWheelEvent* event) override {
+        QPlainTextEdit::wheelEvent(event);
+        note_place();
+    }
+    void keyPressEvent(QKeyEvent* event) override {
+        QPlainTextEdit::keyPressEvent(event);
+        note_place();
+    }
+    void showEvent(QShowEvent* event) override {
+        QPlainTextEdit::showEvent(event);
+        follow();
+    }
+    void resizeEvent(QResizeEvent* event) override {
+        QPlainTextEdit::resizeEvent(event);
+        follow();
+    }
     void contextMenuEvent(QContextMenuEvent* event) override {
         const std::unique_ptr<QMenu> menu(createStandardContextMenu(event->pos()));
         menu->addSeparator();
@@ -68,6 +86,16 @@ protected:
         if (menu->exec(event->globalPos()) == clear_action && guard)
             on_clear();
     }
+
+private:
+    void note_place() { follows_ = verticalScrollBar()->value() == verticalScrollBar()->maximum(); }
+    void follow() {
+        if (follows_)
+            verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+    }
+
+    /// Until the person scrolls up, and again when they are back at the end.
+    bool follows_ = true;
 };
 
 } // namespace

@@ -52,6 +52,10 @@ Content parse(std::string_view text) {
 
 } // namespace
 
+bool are_in_conflict(const QKeySequence& one, const QKeySequence& other) {
+    return one.matches(other) != QKeySequence::NoMatch || other.matches(one) != QKeySequence::NoMatch;
+}
+
 void ShortcutTable::load(const std::string& config_dir, const Report& report) {
     path_ = config_dir + "/shortcuts.json";
     shortcuts_.clear();

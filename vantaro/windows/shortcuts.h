@@ -21,6 +21,10 @@
 
 namespace vantaro::core {
 
+/// Whether one of the two would keep the other from being typed: they are equal, or one begins with the
+/// other.
+bool are_in_conflict(const QKeySequence& one, const QKeySequence& other);
+
 class ShortcutTable {
 public:
     /// Takes a line about what went wrong.

@@ -26,7 +26,8 @@ constexpr int index_role = Qt::UserRole;
 
 class ShortcutsWindow final : public QDialog {
 public:
-    ShortcutsWindow(const ShortcutTable& table, const std::vector<MenuCommand>& commands, QWidget* parent);
+    ShortcutsWindow(const ShortcutTable& table, const std::vector<MenuCommand>& commands,
+                    const std::vector<WindowKeys>& own, QWidget* parent);
 
     const ShortcutTable& table() const { return table_; }
 
@@ -42,12 +43,15 @@ private:
     void assign(const QKeySequence& keys);
     /// The other commands whose keys the keys would get in the way of.
     std::vector<Guid> conflicts(const QKeySequence& keys) const;
+    /// What the keys belong to by now, in words; empty when they are free.
+    QString owners(const QKeySequence& keys) const;
     QString name_of(const Guid& command) const;
     /// nullptr when none is chosen.
     const MenuCommand* current() const;
 
     ShortcutTable table_;
     const std::vector<MenuCommand>& commands_;
+    const std::vector<WindowKeys>& own_;
     // In the order in which Tab goes through them.
     QLineEdit* search_;
     QTreeWidget* list_;
@@ -58,8 +62,8 @@ private:
 };
 
 ShortcutsWindow::ShortcutsWindow(const ShortcutTable& table, const std::vector<MenuCommand>& commands,
-                                 QWidget* parent)
-    : QDialog(parent), table_(table), commands_(commands), search_(new QLineEdit(this)),
+                                 const std::vector<WindowKeys>& own, QWidget* parent)
+    : QDialog(parent), table_(table), commands_(commands), own_(own), search_(new QLineEdit(this)),
       list_(new QTreeWidget(this)), keys_(new QKeySequenceEdit(this)),
       assign_(new QPushButton("&Assign", this)), clear_(new QPushButton("C&lear", this)),
       conflict_(new QLabel(this)) {
@@ -158,8 +162,7 @@ std::vector<Guid> ShortcutsWindow::conflicts(const QKeySequence& keys) const {
         return found;
     // A sequence that another one begins with would never let the longer one be typed.
     for (const auto& [other, taken] : table_.all())
-        if (other != command->guid
-            && (keys.matches(taken) != QKeySequence::NoMatch || taken.matches(keys) != QKeySequence::NoMatch))
+        if (other != command->guid && are_in_conflict(keys, taken))
             found.push_back(other);
     return found;
 }
@@ -170,17 +173,27 @@ QString ShortcutsWindow::name_of(const Guid& command) const {
                                     : '"' + shown_text(path_of(*found)) + '"';
 }
 
+QString ShortcutsWindow::owners(const QKeySequence& keys) const {
+    QStringList names;
+    const auto add = [&](const QKeySequence& taken, const QString& name) {
+        names.push_back(taken.toString(QKeySequence::NativeText) + " belongs to " + name);
+    };
+    for (const Guid& other : conflicts(keys))
+        add(table_.shortcut(other), name_of(other));
+    for (const WindowKeys& own : own_)
+        if (!keys.isEmpty() && are_in_conflict(keys, own.keys))
+            add(own.keys, '"' + own.name + "\" of the window");
+    return names.join("; ");
+}
+
 void ShortcutsWindow::show_conflicts() {
     const MenuCommand* command = current();
     const QKeySequence keys = keys_->keySequence();
-    const std::vector<Guid> others = conflicts(keys);
-    QStringList names;
-    for (const Guid& other : others)
-        names.push_back(table_.shortcut(other).toString(QKeySequence::NativeText) + " belongs to "
-                        + name_of(other));
-    conflict_->setText(names.join("; "));
-    assign_->setText(others.empty() ? "&Assign" : "T&ake over");
-    assign_->setEnabled(command && !keys.isEmpty() && keys != table_.shortcut(command->guid));
+    const bool are_its_own = command && keys == table_.shortcut(command->guid);
+    const QString others = are_its_own ? QString() : owners(keys);
+    conflict_->setText(others);
+    assign_->setText(others.isEmpty() ? "&Assign" : "T&ake over");
+    assign_->setEnabled(command && !keys.isEmpty() && !are_its_own);
     clear_->setEnabled(command && !table_.shortcut(command->guid).isEmpty());
 }
 
@@ -200,7 +213,7 @@ void ShortcutsWindow::assign(const QKeySequence& keys) {
 }
 
 void ShortcutsWindow::accept() {
-    if (assign_->isEnabled() && !conflicts(keys_->keySequence()).empty())
+    if (assign_->isEnabled() && !owners(keys_->keySequence()).isEmpty())
         return assign_->setFocus();
     if (assign_->isEnabled())
         assign(keys_->keySequence());
@@ -209,9 +222,10 @@ void ShortcutsWindow::accept() {
 
 } // namespace
 
-bool edit_shortcuts(ShortcutTable& table, const std::vector<MenuCommand>& commands, QWidget* parent) {
+bool edit_shortcuts(ShortcutTable& table, const std::vector<MenuCommand>& commands,
+                    const std::vector<WindowKeys>& own, QWidget* parent) {
     // On the heap: a parent that is deleted meanwhile takes the window along.
-    const QPointer<ShortcutsWindow> window = new ShortcutsWindow(table, commands, parent);
+    const QPointer<ShortcutsWindow> window = new ShortcutsWindow(table, commands, own, parent);
     const bool is_accepted = window->exec() == QDialog::Accepted && window;
     if (is_accepted)
         table = window->table();

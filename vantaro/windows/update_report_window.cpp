@@ -71,13 +71,13 @@ QTreeView* make_list(FailedFiles& files, QWidget* window) {
 
 } // namespace
 
-std::string update_summary(const UpdateReport& report) {
+std::string update_summary(const UpdateReport& report, const std::string& done) {
     const std::string of_total =
         " of " + std::to_string(report.total) + (report.total == 1 ? " file" : " files");
     std::string text;
     const auto add = [&](const std::string& part) { text += (text.empty() ? "" : ", ") + part; };
     if (report.written > 0)
-        add(std::to_string(report.written) + of_total + " updated");
+        add(std::to_string(report.written) + of_total + ' ' + done);
     if (report.written > 0 && report.unchanged > 0)
         add(std::to_string(report.unchanged) + " unchanged");
     if (report.failed > 0 || text.empty())
@@ -88,12 +88,13 @@ std::string update_summary(const UpdateReport& report) {
     return text;
 }
 
-void show_update_report(const UpdateReport& report, std::vector<FailedFile> failed, QWidget* parent) {
+void show_update_report(const UpdateReport& report, const std::string& done, std::vector<FailedFile> failed,
+                        QWidget* parent) {
     auto* window = new QDialog(parent); // deletes itself
     window->setAttribute(Qt::WA_DeleteOnClose);
     const bool has_failures = !failed.empty();
     window->setWindowTitle(has_failures ? "Files That Failed" : "Problem After Updating");
-    const QString summary = shown_text(update_summary(report));
+    const QString summary = shown_text(update_summary(report, done));
 
     auto* icon = new QLabel(window);
     const int icon_size = window->style()->pixelMetric(QStyle::PM_MessageBoxIconSize);

@@ -1,6 +1,6 @@
 // What an update leaves to be said: which files failed, and why.
 //
-//     show_update_report(report, std::move(failed), parent);
+//     show_update_report(report, "updated", std::move(failed), parent);
 //
 // Main thread.
 #pragma once
@@ -19,11 +19,12 @@ struct FailedFile {
     std::string reason;
 };
 
-/// One line: "12 of 14 files updated, 2 failed".
-std::string update_summary(const UpdateReport& report);
+/// One line: "12 of 14 files updated, 2 failed", where `done` is "updated".
+std::string update_summary(const UpdateReport& report, const std::string& done);
 
 /// Shows a window and returns. It belongs to `parent` (nullptr for none), and deletes itself when it is
 /// closed. There may be any number of files.
-void show_update_report(const UpdateReport& report, std::vector<FailedFile> failed, QWidget* parent);
+void show_update_report(const UpdateReport& report, const std::string& done, std::vector<FailedFile> failed,
+                        QWidget* parent);
 
 } // namespace vantaro::core

@@ -76,7 +76,10 @@ QString remaining_text(qint64 milliseconds) {
 
 class UpdateWindow final : public QDialog {
 public:
-    UpdateWindow(std::shared_ptr<Progress> progress, TagIO& tag_io, QWidget* parent, const QString& what);
+    UpdateWindow(std::shared_ptr<Progress> progress, QWidget* parent, const QString& what);
+
+    /// What Cancel sets.
+    void set_abort(std::shared_ptr<AbortSignal> abort) { abort_ = std::move(abort); }
 
     /// The update has ended.
     void finish();
@@ -89,7 +92,7 @@ private:
     QString guess(const Progress::Seen& seen);
 
     const std::shared_ptr<Progress> progress_;
-    TagIO* tag_io_; // nullptr when there is nothing to cancel any more
+    std::shared_ptr<AbortSignal> abort_; // nullptr when there is nothing to cancel any more
     QLabel* what_;
     QLabel* file_;
     QProgressBar* bar_;
@@ -104,11 +107,9 @@ private:
     bool was_shown_ = false;
 };
 
-UpdateWindow::UpdateWindow(std::shared_ptr<Progress> progress, TagIO& tag_io, QWidget* parent,
-                           const QString& what)
-    : QDialog(parent), progress_(std::move(progress)), tag_io_(&tag_io), what_(new QLabel(what, this)),
-      file_(new QLabel(this)), bar_(new QProgressBar(this)), count_(new QLabel(this)),
-      remaining_(new QLabel(this)) {
+UpdateWindow::UpdateWindow(std::shared_ptr<Progress> progress, QWidget* parent, const QString& what)
+    : QDialog(parent), progress_(std::move(progress)), what_(new QLabel(what, this)), file_(new QLabel(this)),
+      bar_(new QProgressBar(this)), count_(new QLabel(this)), remaining_(new QLabel(this)) {
     setWindowTitle(what);
     setAttribute(Qt::WA_ShowWithoutActivating); // whoever is typing goes on typing where they are
     for (QLabel* label : {what_, file_})
@@ -164,7 +165,7 @@ void UpdateWindow::look() {
 }
 
 QString UpdateWindow::guess(const Progress::Seen& seen) {
-    if (!tag_io_ || !since_first_.isValid() || since_first_.elapsed() < time_before_a_guess
+    if (!abort_ || !since_first_.isValid() || since_first_.elapsed() < time_before_a_guess
         || seen.done <= done_at_first_ || seen.done >= seen.total)
         return {};
     const double each =
@@ -173,17 +174,17 @@ QString UpdateWindow::guess(const Progress::Seen& seen) {
 }
 
 void UpdateWindow::cancel() {
-    if (!tag_io_)
+    if (!abort_)
         return;
-    tag_io_->abort_all();
-    tag_io_ = nullptr;
+    abort_->set();
+    abort_ = nullptr;
     cancel_->setEnabled(false);
     what_->setText("Cancelled: finishing the files that were begun…");
     remaining_->clear();
 }
 
 void UpdateWindow::reject() {
-    if (tag_io_)
+    if (abort_)
         cancel();
     else
         QDialog::reject();
@@ -191,20 +192,21 @@ void UpdateWindow::reject() {
 
 void UpdateWindow::finish() {
     timer_.stop();
-    tag_io_ = nullptr;
+    abort_ = nullptr;
     hide();
     deleteLater();
 }
 
 class WindowWatcher final : public UpdateWatcher {
 public:
-    WindowWatcher(TagIO& tag_io, QWidget* parent, std::size_t total, const QString& what)
-        : progress_(std::make_shared<Progress>(total)), parent_(parent),
-          window_(new UpdateWindow(progress_, tag_io, parent, what)) {}
+    WindowWatcher(QWidget* parent, std::size_t total, const UpdateTexts& texts)
+        : progress_(std::make_shared<Progress>(total)), parent_(parent), done_(texts.done),
+          window_(new UpdateWindow(progress_, parent, texts.doing)) {}
     ~WindowWatcher() override { put_window_away(); }
     WindowWatcher(const WindowWatcher&) = delete;
     WindowWatcher& operator=(const WindowWatcher&) = delete;
 
+    void on_queued(std::shared_ptr<AbortSignal> abort) override { window_->set_abort(std::move(abort)); }
     void on_track(const TrackOutcome& outcome, std::size_t done, std::size_t total) override {
         progress_->add(outcome, done, total);
     }
@@ -214,7 +216,8 @@ public:
         if (failed.empty() && report.problem.empty())
             return;
         // Before a window that is hidden it might never be seen.
-        show_update_report(report, std::move(failed), parent_ && parent_->isVisible() ? parent_ : nullptr);
+        show_update_report(report, done_, std::move(failed),
+                           parent_ && parent_->isVisible() ? parent_ : nullptr);
     }
 
 private:
@@ -226,14 +229,15 @@ private:
 
     const std::shared_ptr<Progress> progress_; // the window's too: it may stay a little longer
     const QPointer<QWidget> parent_;
+    const std::string done_;
     QPointer<UpdateWindow> window_; // without a parent nobody's: it is put away here
 };
 
 } // namespace
 
-std::unique_ptr<UpdateWatcher> make_update_window(TagIO& tag_io, QWidget* parent, std::size_t total,
-                                                  const QString& what) {
-    return std::make_unique<WindowWatcher>(tag_io, parent, total, what);
+std::unique_ptr<UpdateWatcher> make_update_window(QWidget* parent, std::size_t total,
+                                                  const UpdateTexts& texts) {
+    return std::make_unique<WindowWatcher>(parent, total, texts);
 }
 
 } // namespace vantaro::core

@@ -2,7 +2,7 @@
 // longer than a moment, and a list of what failed at the end.
 //
 //     setup.make_watcher = [&](std::size_t total, WindowHandle parent) {
-//         return make_update_window(host->tag_io(), static_cast<QWidget*>(parent), total, "Updating tags");
+//         return make_update_window(static_cast<QWidget*>(parent), total);
 //     };
 //
 // Main thread, but for what the watcher hears of each track.
@@ -15,13 +15,19 @@
 
 #include <cstddef>
 #include <memory>
+#include <string>
 
 namespace vantaro::core {
 
-/// The watcher of an update of `total` tracks. `what` says what is being done to them. Cancel ends all
-/// updates of `tag_io`, which outlives the watcher. `parent` (nullptr for none) may go at any time: the
-/// update goes on, and what failed is shown in a window by itself then.
-std::unique_ptr<UpdateWatcher> make_update_window(TagIO& tag_io, QWidget* parent, std::size_t total,
-                                                  const QString& what);
+/// What is being done to the tracks, and, in the report of what failed, what was done to the others.
+struct UpdateTexts {
+    QString doing = QStringLiteral("Updating tags");
+    std::string done = "updated";
+};
+
+/// The watcher of an update of `total` tracks. Cancel ends this update, and no other. `parent` (nullptr for
+/// none) may go at any time: the update goes on, and what failed is shown in a window by itself then.
+std::unique_ptr<UpdateWatcher> make_update_window(QWidget* parent, std::size_t total,
+                                                  const UpdateTexts& texts = {});
 
 } // namespace vantaro::core

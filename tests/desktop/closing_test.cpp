@@ -32,10 +32,10 @@ protected:
         }
         return count;
     }
-    void start_slow_update() {
+    void start_update(int milliseconds_a_track = 10) {
         load(folder_.path("many"));
         old_genre_ = cell(0, Column::genre);
-        item_.milliseconds = 10;
+        item_.milliseconds = milliseconds_a_track;
         std::vector<TrackHandle*> tracks;
         for (int row = 0; row < window_->model().rowCount(); ++row)
             tracks.push_back(&window_->model().track(row));
@@ -73,7 +73,7 @@ TEST_F(Closing, CancelledLoadingKeepsWhatIsThere) {
 }
 
 TEST_F(Closing, AsksDuringAnUpdateAndEndsItBetweenFiles) {
-    start_slow_update();
+    start_update();
     question_.answer = button::no;
     EXPECT_FALSE(window_->close());
     EXPECT_EQ(question_.asked.size(), 1U);
@@ -85,6 +85,18 @@ TEST_F(Closing, AsksDuringAnUpdateAndEndsItBetweenFiles) {
     const int changed = changed_files();
     EXPECT_GT(changed, 0);
     EXPECT_LT(changed, file_count);
+}
+
+TEST_F(Closing, AtOnceEndsAnUpdateBetweenFiles) {
+    start_update();
+    QTest::qWait(500);
+    window_->close_at_once(); // as an interrupt does
+    EXPECT_FALSE(window_->isVisible());
+    host_.wait_until_idle();
+    const int changed = changed_files();
+    EXPECT_GT(changed, 0);
+    EXPECT_LT(changed, file_count);
+    EXPECT_TRUE(question_.asked.empty());
 }
 
 TEST_F(Closing, WaitsForWindowsThatDoNotWantToGo) {
@@ -106,10 +118,9 @@ TEST_F(Closing, WaitsForWindowsThatDoNotWantToGo) {
 }
 
 TEST_F(Closing, UndoesInTurnWithUpdates) {
-    start_slow_update();
+    start_update(0);
     ASSERT_TRUE(wait_for_updates());
     EXPECT_EQ(changed_files(), file_count);
-    item_.milliseconds = 0;
     window_->undo_last_run();
     std::vector<TrackHandle*> tracks;
     for (int row = 0; row < window_->model().rowCount(); ++row)
@@ -127,9 +138,9 @@ class Program : public testing::Test {
 protected:
     /// Starts `vantaro` on a platform without a display; interrupts it when it has not ended by itself.
     /// Returns the exit status.
-    int run(const QStringList& arguments) {
+    int run(const QStringList& arguments, const char* platform = "offscreen") {
         QProcessEnvironment environment;
-        environment.insert("QT_QPA_PLATFORM", "offscreen");
+        environment.insert("QT_QPA_PLATFORM", platform);
         environment.insert("HOME", QString::fromStdString(folder_.path()));
         QProcess process;
         process.setProcessEnvironment(environment);
@@ -159,6 +170,8 @@ TEST_F(Program, OpensItsWindowForFilesAndEndsWhenInterrupted) {
     EXPECT_EQ(run({"no such file"}), 2);
     EXPECT_FALSE(was_interrupted_);
     EXPECT_NE(error_.find("Nothing to do"), std::string::npos) << error_;
+    EXPECT_EQ(run({}, "no such display"), 2);
+    EXPECT_NE(error_.find("vantaro: "), std::string::npos) << error_;
 }
 
 } // namespace

@@ -117,7 +117,7 @@ void show_update_report(const UpdateReport& report, const std::string& done, std
     const int width = 120 * metrics.averageCharWidth();
     if (has_failures) {
         QTreeView* list = make_list(*files, window);
-        list->header()->resizeSection(file_column, width * 3 / 5);
+        list->header()->resizeSection(file_column, width / 2);
         layout->addWidget(list, 1);
     }
 

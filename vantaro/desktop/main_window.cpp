@@ -216,8 +216,12 @@ void MainWindow::open_folder() {
     const std::vector<Track*> tracks = list_->selected_tracks();
     if (tracks.empty())
         return;
-    const QString path = QFile::decodeName(tracks.front()->path());
-    QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(path).path()));
+    // As bytes: a name need not be text.
+    const QByteArray path = tracks.front()->path();
+    const QByteArray folder = path.left(path.lastIndexOf('/') + 1);
+    if (!QDesktopServices::openUrl(QUrl::fromEncoded("file://" + folder.toPercentEncoding("/"))))
+        statusBar()->showMessage(QStringLiteral("There is no program here that shows folders."),
+                                 hint_duration);
 }
 
 void MainWindow::show_preferences_window() {

@@ -15,13 +15,13 @@
 #include "ui/widgets/help.h"
 #include "ui/widgets/pattern_tip.h"
 #include "ui/widgets/placement.h"
+#include "ui/widgets/preview_list.h"
 #include "ui/widgets/script_commands.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QDialog>
-#include <QHeaderView>
 #include <QLabel>
 #include <QMimeData>
 #include <QPushButton>
@@ -159,24 +159,13 @@ EditorWindow::~EditorWindow() {
 }
 
 void EditorWindow::set_up_lists() {
-    auto& tracks = get<QTableView>(editor_control::track_list);
-    tracks.setModel(&preview_);
-    tracks.setAccessibleName("Tracks to process");
-    tracks.horizontalHeader()->setStretchLastSection(true);
+    set_up_preview_list(get<QTableView>(editor_control::track_list), preview_);
     get<DropDownBox>(editor_control::script_name).setAccessibleName("Script name");
 }
 
 void EditorWindow::start() {
     show();
-    auto& tracks = get<QTableView>(editor_control::track_list);
-    // Names fit also when they are bold, as those of tracks that change are.
-    tracks.horizontalHeader()->setResizeContentsPrecision(0); // the rows in sight
-    tracks.resizeColumnToContents(PreviewModel::name_column);
-    QFont bold = tracks.font();
-    bold.setBold(true);
-    const int width = tracks.columnWidth(PreviewModel::name_column) * QFontMetrics(bold).averageCharWidth()
-                      / tracks.fontMetrics().averageCharWidth();
-    tracks.setColumnWidth(PreviewModel::name_column, std::min(width, tracks.viewport()->width() / 2));
+    fit_names(get<QTableView>(editor_control::track_list));
     get<QPushButton>(editor_control::add).setFocus();
     is_started_ = true;
     counter_.restart();

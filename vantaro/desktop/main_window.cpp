@@ -34,7 +34,7 @@ public:
         ++*count_;
     }
     ~CountedWatcher() override { --*count_; }
-    void on_queued(std::shared_ptr<AbortSignal> abort) override { watcher_->on_queued(std::move(abort)); }
+    void on_queued(const std::shared_ptr<AbortSignal>& abort) override { watcher_->on_queued(abort); }
     void on_track(const TrackOutcome& outcome, std::size_t done, std::size_t total) override {
         watcher_->on_track(outcome, done, total);
     }

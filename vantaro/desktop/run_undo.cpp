@@ -51,7 +51,7 @@ private:
 } // namespace
 
 void start_undo(Host& host, std::uint64_t run, std::unique_ptr<UpdateWatcher> watcher,
-                std::function<void(const UndoOutcome& outcome)> on_end) {
+                const std::function<void(const UndoOutcome& outcome)>& on_end) {
     const auto undo = std::make_shared<Undo>(host.tracks(), std::move(watcher));
     const auto abort =
         host.tag_io().run_in_turn([undo, &runs = host.runs(), run, on_end](const AbortFlag& flag) {

@@ -26,6 +26,6 @@ struct UndoOutcome {
 /// Takes the run back in turn with the host's updates. For the watcher the files are tracks that are written,
 /// or fail. `on_end` is called after the watcher's own.
 void start_undo(Host& host, std::uint64_t run, std::unique_ptr<UpdateWatcher> watcher,
-                std::function<void(const UndoOutcome& outcome)> on_end);
+                const std::function<void(const UndoOutcome& outcome)>& on_end);
 
 } // namespace vantaro::core

@@ -66,6 +66,7 @@ std::string from_windows_1252(std::string_view text) {
 
 std::vector<std::string> playlist_extensions() {
     std::vector<std::string> texts;
+    texts.reserve(formats.size());
     for (const PlaylistFormat& format : formats)
         texts.emplace_back(format.extension.substr(1));
     return texts;

@@ -97,6 +97,7 @@ std::string_view format_name(Format format) {
 
 std::vector<std::string> audio_extensions() {
     std::vector<std::string> texts;
+    texts.reserve(extensions.size());
     for (const Extension& extension : extensions)
         texts.emplace_back(extension.text);
     return texts;

@@ -82,7 +82,7 @@ struct TagIO::Task {
     std::jthread thread; // last: it uses the others
 };
 
-void UpdateWatcher::on_queued(std::shared_ptr<AbortSignal>) {}
+void UpdateWatcher::on_queued(const std::shared_ptr<AbortSignal>&) {}
 
 TagIO::TagIO(TrackTable& tracks, MainThread& main_thread, const AbortFlag& interrupt, RunStore& runs,
              unsigned threads, MakeWatcher make_watcher, Report report)

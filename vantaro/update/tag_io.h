@@ -25,7 +25,7 @@ class UpdateWatcher : public UpdateObserver {
 public:
     /// On the main thread, before the first on_track. Setting `abort`, at any time, ends this update between
     /// two files.
-    virtual void on_queued(std::shared_ptr<AbortSignal> abort);
+    virtual void on_queued(const std::shared_ptr<AbortSignal>& abort);
     /// On the main thread, after the last on_track and before the caller of the update hears of the end.
     virtual void on_end(const UpdateReport& report) = 0;
 };

@@ -206,7 +206,7 @@ public:
     WindowWatcher(const WindowWatcher&) = delete;
     WindowWatcher& operator=(const WindowWatcher&) = delete;
 
-    void on_queued(std::shared_ptr<AbortSignal> abort) override { window_->set_abort(std::move(abort)); }
+    void on_queued(const std::shared_ptr<AbortSignal>& abort) override { window_->set_abort(abort); }
     void on_track(const TrackOutcome& outcome, std::size_t done, std::size_t total) override {
         progress_->add(outcome, done, total);
     }

@@ -50,5 +50,8 @@ function(quorvex_test name)
     add_executable(${name} ${arg_SOURCES})
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
     target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock_main)
+    if(QUORVEX_SANITIZE)
+        target_compile_options(${name} PRIVATE -O0) # compiling them takes longer than running them
+    endif()
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120 LABELS ${name})
 endfunction()

@@ -5,7 +5,6 @@
 #include "vantaro/application/context_menu.h"
 
 #include <gmock/gmock.h>
-#include <nlohmann/json.hpp>
 
 #include <QKeySequenceEdit>
 
@@ -14,6 +13,7 @@ namespace {
 
 using namespace quorvex::editor_control;
 
+using testing::HasSubstr;
 using testing::StartsWith;
 
 constexpr int file_count = 101;
@@ -94,7 +94,7 @@ TEST_F(SavedScript, RunsByItsKeys) {
         press(dialog, "OK");
     });
     assign->trigger();
-    EXPECT_EQ(nlohmann::json::parse(folder_.read("config/shortcuts.json")).at(guid), "F9");
+    EXPECT_THAT(folder_.read("config/shortcuts.json"), HasSubstr(guid + "\": \"F9\""));
 
     activate(window());
     select_rows(2, 2);

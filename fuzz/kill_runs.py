@@ -3,128 +3,49 @@
 
     fuzz/kill_runs.py build/release/bin/quorvex --rounds 1000
 
-Each round starts a run over files of six formats and kills it (SIGKILL) at a moment anywhere within it. After the next
+Each round starts a run over files of all formats and kills it (SIGKILL) at a moment anywhere within it. After the next
 start, whatever it is for, every file has its old or its new bytes, no temporary file and no open journal is left, and
 the cut-off run is listed with the files that it changed; undoing it gives every file its old bytes again. One round in
 four kills that undo as well, and one start in four is killed while it puts things right.
+
+--music-on and --state-on put the music and the journals into other folders, such as mounted file systems.
 
 Prints what happened and ends with status 1, and keeps the folder, when something was lost; also when no kill landed
 while files were being written. Needs ffmpeg and mutagen.
 """
 
-import argparse
-import hashlib
 import json
-import os
 import random
 import shutil
 import subprocess
 import sys
-import tempfile
 import time
 from collections import Counter
 from pathlib import Path
 
-from mutagen.flac import FLAC, Picture
-from mutagen.id3 import APIC, ID3
-from mutagen.mp4 import MP4, MP4Cover
-
-PICTURE_SIZE = 60_000
-SECONDS = 6
-# Name, ffmpeg's options.
-MASTERS = {
-    "mp3": ("plain.mp3", []),
-    "flac": ("plain.flac", []),
-    "ogg": ("plain.ogg", ["-c:a", "libvorbis"]),
-    "opus": ("plain.opus", ["-c:a", "libopus"]),
-    "m4a": ("plain.m4a", ["-c:a", "aac"]),
-    "m4a in front": ("front.m4a", ["-c:a", "aac", "-movflags", "faststart"]),
-    "wav": ("plain.wav", []),
-}
-SCRIPTS = {
-    "grow": [{"kind": "Set value", "field": "COMMENT", "value": "grown " * 900},
-             {"kind": "Add value", "field": "GENRE", "value": "Ambient"}],
-    "edit": [{"kind": "Set value", "field": "TITLE", "value": "Another title"},
-             {"kind": "Format value from other fields", "field": "ARTIST", "pattern": "%list_index% of %list_total%"}],
-    "shrink": [{"kind": "Remove field", "field": "COMMENT"}, {"kind": "Set value", "field": "TITLE", "value": "T"}],
-    "strip": [{"kind": "Remove all fields"}],
-}
-
-
-class Lost(Exception):
-    pass
-
-
-def make_masters(folder):
-    """One file of each kind, and those that can hold one with a picture."""
-    picture = random.Random(1).randbytes(PICTURE_SIZE)
-    masters = []
-    for name, options in MASTERS.values():
-        path = folder / name
-        subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", f"anoisesrc=duration={SECONDS}:amplitude=0.3",
-                        "-metadata", "title=Title", "-metadata", "artist=Artist", "-metadata", "genre=Noise",
-                        "-metadata", "comment=A comment", *options, path], check=True, stdin=subprocess.DEVNULL)
-        masters.append(path)
-        if path.suffix in (".mp3", ".flac", ".m4a"):
-            pictured = path.with_stem(path.stem + " pictured")
-            shutil.copyfile(path, pictured)
-            add_picture(pictured, picture)
-            masters.append(pictured)
-    return masters
-
-
-def add_picture(path, data):
-    if path.suffix == ".mp3":
-        tag = ID3(path)
-        tag.add(APIC(encoding=3, mime="image/jpeg", type=3, desc="", data=data))
-        tag.save()
-    elif path.suffix == ".flac":
-        file = FLAC(path)
-        picture = Picture()
-        picture.data, picture.mime, picture.type = data, "image/jpeg", 3
-        file.add_picture(picture)
-        file.save()
-    else:
-        file = MP4(path)
-        file["covr"] = [MP4Cover(data)]
-        file.save()
-
-
-def digests(folder):
-    return {path.name: hashlib.sha1(path.read_bytes()).digest() for path in folder.iterdir()}
-
-
-def places(folder):
-    """What tells how a file was written: a new one took its place, it was moved within, or neither."""
-    return {path.name: (path.stat().st_ino, path.stat().st_size) for path in folder.iterdir()}
+from shared import SCRIPTS, Lost, Quorvex, copy_masters, digests, make_masters, parse_options, places, ways, work_folder
 
 
 class KillRuns:
-    def __init__(self, quorvex, files, seed, folder):
-        self.quorvex, self.folder, self.random = quorvex, folder, random.Random(seed)
+    def __init__(self, options, folder):
+        self.folder, self.random = folder, random.Random(options.seed)
+        self.quorvex = Quorvex(options.quorvex, folder)
         self.music, self.state = folder / "music", folder / "state"
-        self.environment = os.environ | {"XDG_CONFIG_HOME": str(folder / "config"), "XDG_STATE_HOME": str(self.state)}
         self.kills = self.landed = self.put_back = self.undos_killed = self.starts_killed = 0
         self.methods = Counter()
         (folder / "masters").mkdir()
-        (folder / "start").mkdir()
-        masters = make_masters(folder / "masters")
-        for n in range(files):
-            master = masters[n % len(masters)]
-            shutil.copyfile(master, folder / "start" / f"{n:04} {master.name}")
+        copy_masters(make_masters(folder / "masters"), options.files, folder / "start")
         for name, actions in SCRIPTS.items():
             (folder / f"{name}.json").write_text(json.dumps({"actions": actions}))
         self.references = {}
 
-    def command(self, *arguments):
-        return [self.quorvex, *map(str, arguments)]
+    def keep_at(self, music, state):
+        """Elsewhere than in the folder of the work."""
+        self.music, self.state = music, state
+        self.quorvex.keep_state_at(state)
 
     def do(self, *arguments):
-        result = subprocess.run(self.command(*arguments), env=self.environment, capture_output=True, text=True,
-                                stdin=subprocess.DEVNULL, timeout=120)
-        if result.returncode != 0:
-            raise Lost(f"{arguments[0]} ended with {result.returncode}:\n{result.stdout}{result.stderr}")
-        return result
+        return self.quorvex.do(*arguments)
 
     def begin_at(self, start):
         """The music as it is after the script `start`, or as it was made; nothing else is remembered."""
@@ -143,17 +64,13 @@ class KillRuns:
             self.do("run", self.folder / f"{script}.json", self.music)
             seconds = time.monotonic() - begin
             new = digests(self.music)
-            for name, (inode, size) in places(self.music).items():
-                if new[name] != old[name]:
-                    self.methods["replaced" if inode != where[name][0] else
-                                 "of another size" if size != where[name][1] else "of the same size"] += 1
+            self.methods += ways(where, places(self.music), [name for name in new if new[name] != old[name]])
             self.references[start, script] = new, seconds
         return self.references[start, script]
 
     def kill(self, seconds, *arguments):
         """Returns whether it was still at work after so long."""
-        with subprocess.Popen(self.command(*arguments), env=self.environment, stdin=subprocess.DEVNULL,
-                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as process:
+        with self.quorvex.start(*arguments) as process:
             time.sleep(seconds)
             process.kill()
             return process.wait() < 0
@@ -174,7 +91,7 @@ class KillRuns:
         lost = [name for name in found if found[name] not in (old[name], new[name])]
         if lost:
             raise Lost(f"{what}: neither old nor new: {lost}")
-        if left := [path.name for path in self.state.glob("vantaro/runs/*") if path.suffix in (".open", ".new")]:
+        if left := self.quorvex.left_open():
             raise Lost(f"{what}: {left} is left")
         changed = sum(found[name] != old[name] for name in found)
         listed = [json.loads(line) for line in self.do("runs", "--json").stdout.splitlines()]
@@ -184,6 +101,11 @@ class KillRuns:
         if 0 < changed < sum(new[name] != old[name] for name in new) and listed[0].get("state") != "cut off":
             raise Lost(f"{what}: run {number} is not listed as cut off")
         return changed
+
+    def check_tidy(self, what):
+        """What writes puts away whatever is left of journals that were being written anew."""
+        if left := [path.name for path in self.state.glob("vantaro/runs/*.new")]:
+            raise Lost(f"{what}: {left} is left")
 
     def round(self):
         start, script = self.random.choice([None, "grow", "edit"]), self.random.choice(list(SCRIPTS))
@@ -206,19 +128,20 @@ class KillRuns:
         self.do("undo", number)
         if digests(self.music) != old:
             raise Lost(f"undo of {script} after {start} left other bytes")
+        self.check_tidy(f"undo of {script} after {start}")
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
-    parser.add_argument("quorvex", type=Path)
-    parser.add_argument("--rounds", type=int, default=1000)
-    parser.add_argument("--files", type=int, default=200)
-    parser.add_argument("--seed", type=int, default=random.randrange(1 << 32))
-    parser.add_argument("--folder", help="where to make the folder that the work is done in")
-    options = parser.parse_args()
-    folder = Path(tempfile.mkdtemp(prefix="kill-runs-", dir=options.folder))
-    print(f"seed {options.seed}, {folder}", flush=True)
-    work = KillRuns(options.quorvex.resolve(), options.files, options.seed, folder)
+    def add(parser):
+        parser.add_argument("--music-on", type=Path, metavar="FOLDER", help="where to keep the music")
+        parser.add_argument("--state-on", type=Path, metavar="FOLDER", help="where to keep the journals")
+
+    options = parse_options(__doc__, 1000, 200, add)
+    folder = work_folder("kill-runs", options)
+    work = KillRuns(options, folder)
+    if options.music_on or options.state_on:
+        work.keep_at(*(parent.resolve() / f"{folder.name}-{what}" if parent else folder / what
+                       for parent, what in ((options.music_on, "music"), (options.state_on, "state"))))
     try:
         done = 0
         # A few rounds may all be killed too early or too late.
@@ -234,7 +157,8 @@ def main():
           f"between two files, {work.put_back} put right by the next start, {work.undos_killed} undos and "
           f"{work.starts_killed} next starts killed; nothing lost")
     print("Files written by whole runs:", ", ".join(f"{count} {how}" for how, count in work.methods.items()))
-    shutil.rmtree(folder)
+    for path in (folder, work.music, work.state):
+        shutil.rmtree(path, ignore_errors=True)
     if work.landed == 0:
         print("No kill landed while files were being written: this says nothing.")
     return 0 if work.landed else 1

@@ -4,6 +4,7 @@
 #include "component/entry/client.h"
 #include "component/own_services.h"
 #include "quorvex/verbs.h"
+#include "vantaro/application/command_line.h"
 #include "vantaro/application/exit_status.h"
 #include "vantaro/application/terminal_host.h"
 
@@ -12,7 +13,6 @@
 #include <QCoreApplication>
 
 #include <cstdint>
-#include <exception>
 
 namespace quorvex::command {
 namespace {
@@ -176,7 +176,7 @@ int start(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         if (const std::vector<std::string> unknown = app.remaining(); !unknown.empty())
             core::Terminal().line("quorvex: \"" + unknown.front() + "\" is not known here.");
-        return app.exit(error) == 0 ? core::exit_status::done : core::exit_status::not_begun;
+        return core::say_why_not_parsed(app, error);
     }
 
     std::unique_ptr<core::UpdateWatcher> next_watcher;
@@ -191,7 +191,9 @@ int start(int argc, char** argv) {
     try {
         status = verb(session);
     } catch (const vantaro_io::exception_io& error) {
-        program.terminal().line(error.what());
+        host.report_once(error.what()); // the start may have met the same
+    } catch (const vantaro_io::exception_aborted&) {
+        status = core::exit_status::interrupted;
     }
     host.close();
     return status;
@@ -201,10 +203,5 @@ int start(int argc, char** argv) {
 } // namespace quorvex::command
 
 int main(int argc, char** argv) {
-    try {
-        return quorvex::command::start(argc, argv);
-    } catch (const std::exception& error) {
-        vantaro::core::Terminal().line(std::string("quorvex: ") + error.what());
-        return vantaro::core::exit_status::not_begun;
-    }
+    return vantaro::core::run_program("quorvex", [&] { return quorvex::command::start(argc, argv); });
 }

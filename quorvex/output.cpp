@@ -1,6 +1,6 @@
 #include "quorvex/output.h"
 
-#include <cstdio>
+#include "vantaro/terminal/standard_output.h"
 
 namespace quorvex::command {
 
@@ -22,12 +22,11 @@ Json technical_object(const TrackInfoRecord& info) {
 }
 
 void print_json(const Json& object) {
-    print_line(object.dump(-1, ' ', false, Json::error_handler_t::replace));
+    print_line(core::printable_json(object.dump(-1, ' ', false, Json::error_handler_t::replace)));
 }
 
 void print_line(std::string_view line) {
-    std::fwrite(line.data(), 1, line.size(), stdout);
-    std::fputc('\n', stdout);
+    core::print_output(std::string(line) + '\n');
 }
 
 void hint_at_undo(vantaro::core::Terminal& terminal, std::uint64_t run) {

@@ -18,7 +18,8 @@ Json fields_object(const vantaro::TrackInfoRecord& info);
 /// {"codec": "FLAC", ..., "length": 1.5}
 Json technical_object(const vantaro::TrackInfoRecord& info);
 
-/// One line on standard output. Bytes that are not UTF-8 come out as replacement characters.
+/// One line on standard output. Bytes that are not UTF-8 come out as replacement characters, and what a
+/// terminal might act upon as escapes.
 void print_json(const Json& object);
 void print_line(std::string_view line);
 

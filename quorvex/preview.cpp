@@ -7,9 +7,13 @@
 #include "engine/change_text.h"
 #include "engine/dry_run.h"
 #include "engine/run.h"
+#include "host/api/exceptions.h"
 #include "vantaro/application/exit_status.h"
+#include "vantaro/common/file_identity.h"
 
 #include <map>
+#include <string>
+#include <utility>
 
 namespace quorvex::command {
 
@@ -55,6 +59,28 @@ PreviewedTrack preview_track(DryRun& dry_run, const Script& script, std::size_t 
     return track;
 }
 
+/// Tells which tracks lead to the same file: a run edits the first of them, and the others become what it
+/// becomes.
+class FirstRows {
+public:
+    explicit FirstRows(const TrackList& tracks) : tracks_(tracks) {}
+
+    /// The row that is edited for this one. A track that is listed twice is previewed by each of its rows.
+    std::size_t edited_row(std::size_t row) {
+        try {
+            const core::FileIdentity file = core::FileIdentity::of(tracks_[row]->path());
+            const std::size_t first = rows_.try_emplace({file.device, file.inode}, row).first->second;
+            return tracks_[first].get() == tracks_[row].get() ? row : first;
+        } catch (const vantaro_io::exception_io&) {
+            return row;
+        }
+    }
+
+private:
+    const TrackList& tracks_;
+    std::map<std::pair<std::uint64_t, std::uint64_t>, std::size_t> rows_; // by device and inode
+};
+
 void print(const TrackHandle& handle, const PreviewedTrack& track, bool json) {
     if (!json) {
         print_line(core::printable(handle.path()) + ": " + core::printable(track.changes));
@@ -85,6 +111,7 @@ int preview(Session& session, const RunOptions& options) {
     session.host.wait_until_idle();
 
     DryRun dry_run(tracks);
+    FirstRows first_rows(tracks);
     bool failed = false;
     for (std::size_t row = 0; row < tracks.size() && !session.host.interrupt().is_aborting(); ++row) {
         if (const auto failure = failures.find(tracks[row].get()); failure != failures.end()) {
@@ -92,7 +119,7 @@ int preview(Session& session, const RunOptions& options) {
                 print(*tracks[row], {{}, {}, "No changes", failure->second}, true);
             continue;
         }
-        const PreviewedTrack track = preview_track(dry_run, *script, row);
+        const PreviewedTrack track = preview_track(dry_run, *script, first_rows.edited_row(row));
         failed |= !track.error.empty();
         print(*tracks[row], track, options.json);
     }

@@ -47,15 +47,21 @@ int runs(Session& session, bool json) {
             if (undone != undone_by.end())
                 object["undone_by"] = undone->second.number;
             if (run.is_open || run.was_cut_off)
-                object["state"] = run.is_open ? "open" : "cut off";
+                object["state"] = run.was_cut_off ? "cut off" : "open";
+            if (run.is_damaged)
+                object["damaged"] = true;
             print_json(object);
             continue;
         }
         std::string line = std::to_string(run.number) + "  " + local_time(run.start.time) + "  "
-                           + (run.is_open ? "under way" : files_text(run.files)) + "  "
-                           + core::printable(run.start.activity);
+                           + (!run.is_open      ? files_text(run.files)
+                              : run.was_cut_off ? "files out of reach"
+                                                : "under way")
+                           + "  " + core::printable(run.start.activity);
         if (run.was_cut_off)
             line += "  (cut off)";
+        if (run.is_damaged)
+            line += "  (its journal is damaged)";
         if (undone != undone_by.end())
             line += (undone->second.files < run.files ? "  (partly undone by " : "  (undone by ")
                     + std::to_string(undone->second.number) + ")";

@@ -21,32 +21,56 @@ constexpr std::size_t largest_text = std::size_t{64} * 1024 * 1024;
 
 constexpr std::string_view utf8_mark = "\xEF\xBB\xBF";
 
-/// The text of a file in the text form; nothing for one in the byte form.
-std::optional<std::string> read_text_form(const std::string& path, AbortFlag& abort) {
+/// What was read of a stream already, and the rest of it.
+class Continued final : public StreamReader {
+public:
+    Continued(std::string_view begin, StreamReader& rest) : begin_(begin), rest_(rest) {}
+
+    std::size_t read(void* buffer, std::size_t count, AbortFlag& abort) override {
+        const std::size_t first = begin_.copy(static_cast<char*>(buffer), count);
+        begin_.remove_prefix(first);
+        return first == count ? count
+                              : first + rest_.read(static_cast<char*>(buffer) + first, count - first, abort);
+    }
+
+private:
+    std::string_view begin_;
+    StreamReader& rest_;
+};
+
+/// Whether it is the text form that begins this way; nothing when there are only blanks so far.
+std::optional<bool> is_text_form(std::string_view begin) {
+    if (begin.starts_with(utf8_mark))
+        begin.remove_prefix(utf8_mark.size());
+    const std::size_t first = begin.find_first_not_of(" \t\r\n");
+    return first == std::string_view::npos ? std::nullopt : std::optional(begin[first] == '{');
+}
+
+/// Opens the file once: it may be a pipe.
+StoredScript read_either_form(const std::string& path) {
+    NeverAbort abort; // the host has its own
     const Ref<File> file = filesystem::g_open(path.c_str(), OpenMode::read, abort);
     std::string text;
     std::array<char, 65536> chunk;
     while (const std::size_t count = file->reader().read(chunk.data(), chunk.size(), abort)) {
         text.append(chunk.data(), count);
-        if (text.starts_with(utf8_mark))
-            text.erase(0, utf8_mark.size());
-        const std::size_t first = text.find_first_not_of(" \t\r\n");
-        if (first != std::string::npos && text[first] != '{')
-            return std::nullopt;
+        if (is_text_form(text) == false)
+            break;
         if (text.size() > largest_text)
             throw vantaro_io::exception_io_data();
     }
-    return text.empty() ? std::nullopt : std::optional(std::move(text));
+    if (is_text_form(text) == true)
+        return script_from_json(
+            std::string_view(text).substr(text.starts_with(utf8_mark) ? utf8_mark.size() : 0));
+    Continued whole(text, file->reader());
+    return read_script_file(whole, abort);
 }
 
 } // namespace
 
 StoredScript read_script(const std::string& path) {
     try {
-        NeverAbort abort;
-        if (const std::optional<std::string> text = read_text_form(path, abort))
-            return script_from_json(*text);
-        return read_script_file(path.c_str(), abort);
+        return read_either_form(path);
     } catch (const vantaro_io::exception_io& error) {
         throw vantaro_io::exception_io("Error loading quorvex script " + path + " (" + error.what() + ").");
     }

@@ -11,6 +11,7 @@
 #include "vantaro/application/exit_status.h"
 
 #include <filesystem>
+#include <functional>
 
 namespace quorvex::command {
 
@@ -24,8 +25,10 @@ std::size_t index_of(const std::string& name) {
     throw vantaro_io::exception_io_not_found(name + ": there is no saved script of this name.");
 }
 
-int save(Session& session) {
-    return session.host.save_configurations() ? core::exit_status::done : core::exit_status::some_failed;
+/// Changes the library as it is stored now.
+int change_library(Session& session, const std::function<void()>& change) {
+    return session.host.change_configurations(change) ? core::exit_status::done
+                                                      : core::exit_status::some_failed;
 }
 
 bool has_json_name(const std::string& path) {
@@ -41,7 +44,8 @@ int list_scripts() {
 }
 
 int show_script(const std::string& name) {
-    print_line(script_to_json(script_library().scripts()[index_of(name)], NotUtf8::replace));
+    print_line(
+        core::printable_json(script_to_json(script_library().scripts()[index_of(name)], NotUtf8::replace)));
     return core::exit_status::done;
 }
 
@@ -49,8 +53,7 @@ int import_script(Session& session, const std::string& path, std::string name) {
     StoredScript script = read_script(path);
     if (name.empty())
         name = !script.name.empty() ? script.name : std::filesystem::path(path).stem().string();
-    script_library().store_script(name, std::move(script.actions));
-    return save(session);
+    return change_library(session, [&] { script_library().store_script(name, std::move(script.actions)); });
 }
 
 int export_script(const std::string& name, const std::string& path) {
@@ -73,8 +76,7 @@ int export_script(const std::string& name, const std::string& path) {
 }
 
 int delete_script(Session& session, const std::string& name) {
-    script_library().delete_script(index_of(name));
-    return save(session);
+    return change_library(session, [&] { script_library().delete_script(index_of(name)); });
 }
 
 } // namespace quorvex::command

@@ -53,8 +53,9 @@ int undo(Session& session, std::uint64_t number, bool times, bool json) {
     if (number == 0)
         number = newest_run(store);
     PrintUndo observer(session.terminal, json);
-    const core::UndoReport report =
-        core::undo_run(store, number, {times, core::present()}, observer, session.host.interrupt());
+    const auto report_line = [&](const std::string& line) { session.terminal.line(line); };
+    const core::UndoReport report = core::undo_run(store, number, {times, core::present(), report_line},
+                                                   observer, session.host.interrupt());
     session.terminal.end_progress();
     if (!json)
         print_line("Run " + std::to_string(number) + ": " + std::to_string(report.total)

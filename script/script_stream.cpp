@@ -91,10 +91,14 @@ void write_script_file(const char* path, const StoredScript& script, AbortFlag& 
 
 StoredScript read_script_file(const char* path, AbortFlag& abort) {
     const Ref<File> file = filesystem::g_open(path, OpenMode::read, abort);
-    if (read_guid(file->reader(), abort) != script_file_magic)
+    return read_script_file(file->reader(), abort);
+}
+
+StoredScript read_script_file(StreamReader& reader, AbortFlag& abort) {
+    if (read_guid(reader, abort) != script_file_magic)
         throw vantaro_io::exception_io_data();
     StoredScript script;
-    read_script(file->reader(), script, abort);
+    read_script(reader, script, abort);
     return script;
 }
 

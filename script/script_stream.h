@@ -34,5 +34,7 @@ void read_script_list(vantaro::StreamReader& reader, std::vector<StoredScript>& 
 void write_script_file(const char* path, const StoredScript& script, vantaro::AbortFlag& abort);
 /// Throws: vantaro_io::exception_io_data when the file does not begin with the magic.
 StoredScript read_script_file(const char* path, vantaro::AbortFlag& abort);
+/// The same for a file that is open.
+StoredScript read_script_file(vantaro::StreamReader& reader, vantaro::AbortFlag& abort);
 
 } // namespace quorvex

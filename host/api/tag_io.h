@@ -22,7 +22,8 @@ public:
     static constexpr Guid class_guid = guid("{A5F0B0C7-3E7E-4C0A-9C57-6D40F8D1C3E9}");
 
     /// Edits `info` in place. Returns whether the track is to be written. Called once for every different
-    /// track of the list. An exception leaves the track unwritten and is reported with its text.
+    /// track of the list, and for the first one of those that lead to the same file. An exception leaves the
+    /// track unwritten and is reported with its text.
     virtual bool apply(TrackHandle* track, const FileStats& stats, TrackInfo& info) = 0;
 
 protected:

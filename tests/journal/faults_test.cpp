@@ -9,13 +9,14 @@
 #include <csignal>
 #include <functional>
 #include <mutex>
+#include <new>
 
 namespace vantaro::core {
 namespace {
 
 constexpr std::size_t block = 4096;
 
-enum class Fault { fail_once, fail_on, kill, kill_in_a_write };
+enum class Fault { fail_once, fail_on, kill, kill_in_a_write, throw_once };
 
 /// The system until a certain call.
 class FaultySystem final : public SystemCalls {
@@ -24,6 +25,8 @@ public:
 
     /// Whether there were as many calls.
     bool was_reached() const { return count_ > at_; }
+    FileSystemTraits file_system(int) override { return traits; }
+    FileSystemTraits traits = test::common_traits();
     bool takes_no_unnamed_files = false;
     bool takes_no_shifts = false;
 
@@ -43,6 +46,11 @@ protected:
         case Fault::kill:
             if (number == at_)
                 ::kill(::getpid(), SIGKILL);
+            return 0;
+        case Fault::throw_once:
+            // Not from where things are cleared away.
+            if (number == at_ && call != SystemCall::unlink)
+                throw std::bad_alloc();
             return 0;
         case Fault::kill_in_a_write:
             if (number == at_)
@@ -83,6 +91,7 @@ struct Scenario {
     bool has_two_names = false;
     bool takes_no_unnamed_files = false;
     bool takes_no_shifts = false;
+    FileSystemTraits traits = test::common_traits();
 };
 
 std::ostream& operator<<(std::ostream& out, const Scenario& scenario) {
@@ -103,6 +112,7 @@ protected:
         auto system = std::make_unique<FaultySystem>(fault, call);
         system->takes_no_unnamed_files = GetParam().takes_no_unnamed_files;
         system->takes_no_shifts = GetParam().takes_no_shifts;
+        system->traits = GetParam().traits;
         return system;
     }
     std::map<std::string, std::string> edit(SystemCalls& calls) const {
@@ -156,6 +166,23 @@ TEST_P(FaultTest, AFailingCallLosesNothing) {
     }
 }
 
+TEST_P(FaultTest, ALackOfMemoryLosesNothing) {
+    std::size_t call = 0;
+    for (bool was_reached = true; was_reached; ++call) {
+        SCOPED_TRACE("call " + std::to_string(call));
+        start_afresh();
+        const auto calls = system(Fault::throw_once, call);
+        const auto errors = edit(*calls);
+        was_reached = calls->was_reached();
+        recover();
+        expect_old_or_new();
+        if (errors.empty()) {
+            EXPECT_EQ(folder.read("music/a"), new_bytes());
+        }
+    }
+    EXPECT_GT(call, 8U);
+}
+
 TEST_P(FaultTest, AKillAnywhereLosesNothing) {
     std::size_t kills = 0;
     for (const Fault fault : {Fault::kill, Fault::kill_in_a_write}) {
@@ -197,16 +224,29 @@ TEST_P(FaultTest, AKillDuringRecoveryLosesNothing) {
 
 INSTANTIATE_TEST_SUITE_P(
     Journal, FaultTest,
-    testing::Values(Scenario{"InPlace", {{10, 5, "HELLO"}, {5000, 700, std::string(700, 'x')}}},
-                    Scenario{"LongerEnd", {{3, 1, "X"}, {12 * block, 50, std::string(9000, 'x')}}},
-                    Scenario{"ShorterEnd", {{3, 1, "X"}, {10 * block, 2 * block + 50, "short"}}},
-                    Scenario{"BlocksInserted",
-                             {{10, 500, std::string(500 + block, 'x')}, {9 * block, 1, "X"}}},
-                    Scenario{"BlocksRemoved", {{3, 1, "X"}, {10, 100 + block, std::string(100, 'x')}}},
-                    Scenario{"Replaced", {{10, 5, "longer than before"}, {9 * block, 1, "X"}}},
-                    Scenario{"NoUnnamedFiles", {{10, 5, "longer than before"}}, false, true},
-                    Scenario{"ShiftRefused", {{10, 500, std::string(500 + block, 'x')}}, false, false, true},
-                    Scenario{"TwoNames", {{10, 5, "longer than before"}}, true}),
+    testing::Values(
+        Scenario{"InPlace", {{10, 5, "HELLO"}, {5000, 700, std::string(700, 'x')}}},
+        Scenario{"LongerEnd", {{3, 1, "X"}, {12 * block, 50, std::string(9000, 'x')}}},
+        Scenario{"ShorterEnd", {{3, 1, "X"}, {10 * block, 2 * block + 50, "short"}}},
+        Scenario{"BlocksInserted", {{10, 500, std::string(500 + block, 'x')}, {9 * block, 1, "X"}}},
+        Scenario{"BlocksRemoved", {{3, 1, "X"}, {10, 100 + block, std::string(100, 'x')}}},
+        Scenario{"Replaced", {{10, 5, "longer than before"}, {9 * block, 1, "X"}}},
+        Scenario{"NoUnnamedFiles", {{10, 5, "longer than before"}}, false, true},
+        Scenario{"ShiftRefused", {{10, 500, std::string(500 + block, 'x')}}, false, false, true},
+        Scenario{"TwoNames", {{10, 5, "longer than before"}}, true},
+        Scenario{"Rewritten",
+                 {{10, 5, "longer than before"}},
+                 false,
+                 false,
+                 false,
+                 {.replaces_safely = false, .without_order = true}},
+        Scenario{"BlocksInsertedWithoutOrder",
+                 {{10, 500, std::string(500 + block, 'x')}},
+                 false,
+                 false,
+                 false,
+                 {.replaces_safely = false, .without_order = true, .shifts = test::common_traits().shifts}},
+        Scenario{"Remote", {{10, 5, "longer than before"}}, false, false, false, {.is_remote = true}}),
     [](const auto& scenario) { return scenario.param.name; });
 
 } // namespace

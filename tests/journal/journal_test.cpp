@@ -24,15 +24,24 @@ Record full_change() {
     FileChange change;
     change.path = std::string("/music/caf\xe9\n.mp3");
     change.before = {1, 2, 3, -4};
+    change.before.size = (std::uint64_t{1} << 40) + 8192;
     change.new_size = std::uint64_t{1} << 40;
     change.method = WriteMethod::shift;
     change.shift_offset = 4096;
     change.shift_size = -8192;
-    change.temporary = "/music/.temporary";
+    change.temporary = "/music/.vantaro-1";
     change.modified = -5;
-    change.restores = FileIdentity{6, 7, 8, 9};
-    change.ranges = {{10, std::string("\0old", 4), 11, 3, 0xFFFFFFFF, "new"}, {20, "", 21, 0, 0, ""}};
+    change.ranges = {{10, 4, 0xFFFFFFFE, std::string("\0old", 4), 11, 3, 0xFFFFFFFF, "new"},
+                     {20, 0, {}, "", 21, 0, 0, ""}};
+    change.kept = {{0, 3}, {14, 6}};
+    change.kept_checksum = 0x80000001;
     return NotedChange{42, change};
+}
+
+FileChange small_change() {
+    FileChange change;
+    change.path = "/a";
+    return change;
 }
 
 const std::vector<Record> records{RunStart{-1, "run x", 7},
@@ -40,7 +49,7 @@ const std::vector<Record> records{RunStart{-1, "run x", 7},
                                   full_change(),
                                   ChangeOutcome{3, FileState::foreign, {1, 2, 3, 4}, true},
                                   RunEnd{5, true},
-                                  KeptChange{{}, {1, 2, 3, 4}, {5, 6}}};
+                                  KeptChange{small_change(), {1, 2, 3, 4}}};
 
 TEST(JournalRecord, IsReadAsItWasWritten) {
     for (const Record& record : records) {
@@ -50,7 +59,8 @@ TEST(JournalRecord, IsReadAsItWasWritten) {
             EXPECT_THROW(decode(bytes.substr(0, size)), vantaro_io::exception_io_data) << size;
         EXPECT_THROW(decode(bytes + '\0'), vantaro_io::exception_io_data);
     }
-    EXPECT_THROW(decode("\x06"), vantaro_io::exception_io_data);
+    for (const char* garbage : {"", "\x06", "\x08", "\xff"})
+        EXPECT_THROW(decode(garbage), vantaro_io::exception_io_data);
     EXPECT_EQ(noted_number(encode(full_change()).substr(0, 9)), 42U);
 }
 
@@ -109,7 +119,7 @@ TEST_F(JournalTest, IsTheseBytes) {
                                 "\x04\0\0\0\0\0\0\x01\x02\0\0\0\0\0\0\0\x01"s);
 }
 
-TEST_F(JournalTest, ATornEndIsTheEnd) {
+TEST_F(JournalTest, ATornEndIsTheEndAndDamageIsPassedOver) {
     std::vector<std::uint64_t> ends;
     {
         JournalFile journal = JournalFile::create(real_system_calls(), folder.path("j"));
@@ -147,9 +157,11 @@ TEST_F(JournalTest, ATornEndIsTheEnd) {
         std::string damaged = bytes;
         damaged[place] = static_cast<char>(damaged[place] ^ 0x40);
         set_bytes("damaged", damaged);
-        const auto before = static_cast<std::size_t>(
-            std::ranges::count_if(ends, [&](std::uint64_t end) { return end <= place; }));
-        ASSERT_EQ(read(open("damaged")).size(), before) << place;
+        // Only the one record is lost.
+        std::vector<Record> others = records;
+        others.erase(others.begin()
+                     + std::ranges::count_if(ends, [&](std::uint64_t end) { return end <= place; }));
+        ASSERT_EQ(read(open("damaged")), others) << place;
     }
 }
 
@@ -203,8 +215,9 @@ TEST_F(JournalTest, AFileOutOfReachKeepsItsRunOpen) {
     folder.write("elsewhere", test::edited(old_bytes, {{10, 2, "HE"}}));
     std::filesystem::remove(folder.path("a"));
     folder.make_folder("a"); // cannot be opened for writing
-    EXPECT_THAT(recover(), ElementsAre(AllOf(HasSubstr("/a "), HasSubstr("next start"))));
+    EXPECT_THAT(recover(), ElementsAre(AllOf(HasSubstr("/a: "), HasSubstr("next start"))));
     EXPECT_TRUE(store().runs().front().is_open);
+    EXPECT_TRUE(store().runs().front().was_cut_off);
     std::filesystem::remove(folder.path("a"));
     std::filesystem::rename(folder.path("elsewhere"), folder.path("a"));
     EXPECT_THAT(recover(), ElementsAre(HasSubstr("1 file has its new tags, 1 its old ones")));
@@ -233,15 +246,37 @@ TEST_F(JournalTest, OldRunsGoAndTheNewestStays) {
     make_runs(4); // at the time 1
     const std::uint64_t size = store().runs().front().bytes;
     RunStore runs = store();
+    const auto add_run_of = [&](std::int64_t time) {
+        OpenRun run = runs.begin({time, "test", 0});
+        runs.end(std::move(run), {0, false});
+    };
     runs.prune({30, 1'000'000'000}, 29 * day);
     EXPECT_EQ(runs.runs().size(), 4U);
     runs.prune({30, 3 * size + size / 2}, 29 * day);
     EXPECT_EQ(runs.runs().size(), 3U);
+    // A clock that is wrong once, and was not when the run before was made.
+    add_run_of(3000 * day);
+    runs.prune({30, 1'000'000'000}, 3000 * day);
+    EXPECT_EQ(runs.runs().size(), 4U);
+    add_run_of(31 * day);
     runs.prune({30, 1'000'000'000}, 31 * day);
+    EXPECT_EQ(runs.runs().size(), 2U);
+    runs.prune({0, 0}, 32 * day);
     ASSERT_EQ(runs.runs().size(), 1U);
-    EXPECT_EQ(runs.runs().front().number, 4U);
-    runs.prune({0, 0}, 31 * day);
-    EXPECT_EQ(runs.runs().size(), 1U);
+    EXPECT_EQ(runs.runs().front().number, 6U);
+}
+
+TEST_F(JournalTest, OnlyRunsThatEndMakeOldOnesGo) {
+    folder.write("a", test::pattern(20000));
+    make_runs(3);
+    RunStore runs = store();
+    const auto run_once = [&] { runs.end(runs.begin({100 * day, "test", 0}), {0, false}); };
+    run_once();
+    EXPECT_EQ(runs.runs().size(), 4U);
+    runs.set_retention({30, 1'000'000'000});
+    EXPECT_EQ(runs.runs().size(), 4U);
+    run_once();
+    EXPECT_EQ(runs.runs().size(), 2U);
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 // What the tests of runs share: a folder with files, and runs that edit them.
 #pragma once
 
+#include "tests/support/made_bytes.h"
+#include "tests/support/made_file_system.h"
 #include "tests/support/temporary_folder.h"
 #include "vantaro/journal/recovery.h"
 #include "vantaro/journal/run_writer.h"
@@ -10,30 +12,17 @@
 
 #include <algorithm>
 #include <map>
-#include <random>
 #include <string>
 #include <vector>
 
 namespace vantaro::core::test {
 
+using vantaro::test::common_system;
+using vantaro::test::common_traits;
+using vantaro::test::MadeFileSystem;
+using vantaro::test::noise;
+using vantaro::test::pattern;
 using vantaro::test::TemporaryFolder;
-
-/// Bytes that differ from place to place.
-inline std::string pattern(std::size_t size) {
-    std::string bytes(size, '\0');
-    for (std::size_t i = 0; i < size; ++i)
-        bytes[i] = static_cast<char>(i * 31 >> 4);
-    return bytes;
-}
-
-/// Bytes that cannot be compressed.
-inline std::string noise(std::size_t size) {
-    std::mt19937 engine(1);
-    std::string bytes(size, '\0');
-    for (char& byte : bytes)
-        byte = static_cast<char>(engine());
-    return bytes;
-}
 
 inline std::string edited(std::string bytes, const std::vector<Splice>& splices) {
     for (auto splice = splices.rbegin(); splice != splices.rend(); ++splice)
@@ -45,17 +34,17 @@ class RunTest : public testing::Test {
 protected:
     using Edits = std::map<std::string, std::vector<Splice>>;
 
-    RunStore store(SystemCalls& calls = real_system_calls()) const { return {folder.path("runs"), calls}; }
+    RunStore store(SystemCalls& calls = common_system()) const { return {folder.path("runs"), calls}; }
     /// Edits files in one run. Returns the error of each that failed.
-    std::map<std::string, std::string> run(const Edits& edits,
-                                           SystemCalls& calls = real_system_calls()) const {
+    std::map<std::string, std::string> run(const Edits& edits, SystemCalls& calls = common_system()) const {
         RunStore runs = store(calls);
         std::map<std::string, std::string> errors;
         RunWriter writer(runs, {1, "test", 0});
         for (const auto& [name, splices] : edits) {
             try {
                 OpenFile file = OpenFile::open_for_change(calls, folder.path(name));
-                const FileEdit edit{file.identity().size, splices};
+                const std::uint64_t size = file.identity().size;
+                const FileEdit edit{size, splices, {{0, size}}};
                 writer.submit(writer.prepare(std::move(file), edit, {}),
                               [&errors, name = name](const WrittenFile& written) {
                                   if (!written.error.empty())
@@ -74,14 +63,15 @@ protected:
         }
         return errors;
     }
-    std::vector<std::string> recover(SystemCalls& calls = real_system_calls()) const {
+    std::vector<std::string> recover(SystemCalls& calls = common_system()) const {
         RunStore runs = store(calls);
         std::vector<std::string> lines;
         recover_runs(runs, [&](const std::string& line) { lines.push_back(line); });
         return lines;
     }
     /// Returns the errors by path.
-    std::map<std::string, std::string> undo(std::uint64_t number, bool times = false) const {
+    std::map<std::string, std::string> undo(std::uint64_t number, bool times = false,
+                                            SystemCalls& calls = common_system()) const {
         struct Observer : UndoObserver {
             void on_file(const std::string& path, const std::string& error, std::size_t,
                          std::size_t) override {
@@ -91,8 +81,10 @@ protected:
             std::map<std::string, std::string> errors;
         } observer;
         const AbortSignal abort;
-        RunStore runs = store();
-        undo_run(runs, number, {times, 2}, observer, abort);
+        RunStore runs = store(calls);
+        const UndoReport report = undo_run(runs, number, {times, 2}, observer, abort);
+        EXPECT_EQ(report.total, report.put_back + report.failed);
+        EXPECT_EQ(report.failed == 0, observer.errors.empty());
         return observer.errors;
     }
     /// Makes a run of one digit one that did not come to its end.

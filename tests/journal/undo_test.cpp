@@ -27,7 +27,7 @@ TEST_F(UndoTest, RunsComeOffStepByStepAndOnAgain) {
     const std::string third = folder.read("a");
     ASSERT_NE(second, third);
 
-    EXPECT_EQ(undo(1), (Errors{{"a", "The file has changed since; it was left alone"}}));
+    EXPECT_EQ(undo(1), (Errors{{"a", "Run 2 has changed the file since; it was left alone"}}));
     EXPECT_EQ(folder.read("a"), third);
     EXPECT_EQ(undo(2), Errors());
     EXPECT_EQ(folder.read("a"), second);
@@ -83,6 +83,51 @@ TEST_F(UndoTest, RefusesWhatHasChangedSinceAndGoesOn) {
     EXPECT_EQ(errors.at("same time"), errors.at("changed"));
     EXPECT_EQ(folder.read("plain"), test::pattern(20000));
     EXPECT_EQ(folder.read("changed"), changed);
+}
+
+TEST_F(UndoTest, OnlyBytesTellWhetherAFileIsAsItWas) {
+    // Whatever the times of the files say, as with programs, and file systems, that keep them.
+    const std::string old_bytes = test::pattern(20000);
+    const std::int64_t time = 1'000'000'000'000'000'000;
+    struct Row {
+        const char* name;
+        std::vector<Splice> first;
+        std::vector<Splice> second;
+    };
+    const Row rows[] = {
+        {"the same place", {{10, 5, "HELLO"}}, {{10, 5, "JELLO"}}},
+        {"another place", {{10, 5, "HELLO"}}, {{5000, 5, "HELLO"}}},
+        {"another length", {{10, 5, "longer"}}, {{5000, 5, "HELLO"}}},
+        {"back in length", {{10, 5, "longer"}}, {{100, 6, "short"}}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        std::filesystem::remove_all(folder.path("runs"));
+        folder.write("a", old_bytes);
+        const auto keep_time = [&] {
+            OpenFile::open(test::common_system(), folder.path("a"), O_RDWR).set_modified(time);
+        };
+        keep_time();
+        run({{"a", row.first}});
+        keep_time();
+        const std::string first = folder.read("a");
+        run({{"a", row.second}});
+        keep_time();
+        const std::string second = folder.read("a");
+        EXPECT_EQ(undo(1), (Errors{{"a", "Run 2 has changed the file since; it was left alone"}}));
+        EXPECT_EQ(folder.read("a"), second);
+        EXPECT_EQ(undo(2), Errors());
+        EXPECT_EQ(folder.read("a"), first);
+        // A new time is no change.
+        OpenFile::open(test::common_system(), folder.path("a"), O_RDWR).set_modified(time + 5);
+        EXPECT_EQ(undo(1), Errors());
+        EXPECT_EQ(folder.read("a"), old_bytes);
+        // By hand, into what the second run made: no run of the store did that.
+        folder.write("a", second);
+        keep_time();
+        EXPECT_EQ(undo(1), (Errors{{"a", "The file has changed since; it was left alone"}}));
+        EXPECT_EQ(folder.read("a"), second);
+    }
 }
 
 TEST_F(UndoTest, APictureThatMovesTakesNoRoom) {

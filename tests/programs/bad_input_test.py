@@ -1,6 +1,9 @@
 """Input that cannot be used: a line that says so, the right exit status, and nothing changed."""
 
+import json
 import os
+import signal
+import time
 
 from support import (NO_KIND, SCRIPT_FILE, SET_VALUE, ProgramCase, guid, read_tags, script_bytes, set_value,
                      summary)
@@ -97,3 +100,42 @@ class BadInput(ProgramCase):
         for path in (read_only, unreadable):
             self.assert_line(outcome.stderr, f"{path}: Access denied")
         self.assertEqual(read_tags(free)["TITLE"], ["x"])
+
+
+class Pipes(ProgramCase):
+    """Scripts may come through pipes; one without another end keeps nobody waiting who has had enough."""
+
+    def setUp(self):
+        super().setUp()
+        self.song = self.copy("06", "a.mp3")
+        actions = [{"kind": "Set value", "field": "TITLE", "value": "x"}]
+        text = json.dumps({"actions": actions}).encode()
+        self.forms = [b" " * 100_000 + text, guid(SCRIPT_FILE) + script_bytes(set_value("TITLE", "x" * 100_000))]
+        self.pipe = self.folder / "pipe.qvx"
+        os.mkfifo(self.pipe)
+
+    def test_scripts_through_pipes(self):
+        preview = f"{os.environ['QUORVEX']} preview --json"
+        commands = [f"{preview} <(sleep 0.2; cat form) a.mp3", f"{preview} /dev/stdin a.mp3 < form",
+                    f"{preview} /dev/stdin a.mp3 < <(cat form)",
+                    f"(sleep 0.2; cat form > pipe.qvx) & {preview} pipe.qvx a.mp3"]
+        for form in self.forms:
+            (self.folder / "form").write_bytes(form)
+            for command in commands:
+                with self.subTest(command, form=form[:3]):
+                    outcome = self.run_program("bash", "-c", command)
+                    self.assertEqual((outcome.status, outcome.stderr), (0, ""))
+                    self.assertEqual(set(outcome.objects()[0]["after"]["TITLE"][0]), {"x"})
+
+    def test_interrupts(self):
+        script = self.script(set_value("TITLE", "x"))
+        self.assertEqual(self.run_program("quorvex", "scripts", "import", script).status, 0)
+        for arguments in (["run", self.pipe, self.song], ["preview", self.pipe, self.song],
+                          ["scripts", "import", self.pipe], ["scripts", "export", "script", self.pipe]):
+            for number in (signal.SIGINT, signal.SIGTERM):
+                with self.subTest(arguments[:2], number=number), self.untouched(self.song):
+                    with self.start("quorvex", *arguments) as process:
+                        time.sleep(0.5)
+                        self.assertIsNone(process.poll())
+                        process.send_signal(number)
+                        self.assertEqual(self.outcome(process).status, 130)

@@ -1,6 +1,8 @@
 """What the user has set for the host: how long runs are kept, and the times of files."""
 
 import json
+import time
+from pathlib import Path
 
 from support import LONG_AGO, ProgramCase, set_value
 
@@ -43,10 +45,26 @@ class Preferences(ProgramCase):
             self.run_program("quorvex", "run", self.script(set_value("TITLE", title)), song)
         runs = self.runs().objects()
         self.assertEqual([run["run"] for run in runs], [6, 5, 4, 3, 2, 1])
-        self.prefer(json.dumps({"undo_bytes": sum(run["bytes"] for run in runs[:2])}))
-        self.assertEqual([run["run"] for run in self.runs().objects()], [6, 5])
+        bound = {"undo_bytes": sum(run["bytes"] for run in runs[:2]) + 10}
+
+        def kept_after_a_run(title, *arguments):
+            self.run_program("quorvex", *arguments, "run", self.script(set_value("TITLE", title)), song)
+            return [run["run"] for run in self.runs().objects()]
+
+        self.prefer(json.dumps(bound))
+        self.assertEqual(len(self.runs().objects()), 6, "what only reads removes nothing")
+        elsewhere = self.folder / "elsewhere"
+        elsewhere.mkdir()
+        (elsewhere / "preferences.json").write_text(json.dumps(bound))
+        self.prefer("{}")
+        self.assertEqual(kept_after_a_run("g", "--config-dir", elsewhere), [7, 6, 5, 4, 3, 2, 1])
+        self.prefer(json.dumps(bound)[:-1] + ",}")  # a comma too many
+        self.assertEqual(kept_after_a_run("h"), [8, 7, 6, 5, 4, 3, 2, 1])
+        self.prefer(json.dumps(bound))
+        self.assertEqual(kept_after_a_run("i"), [9, 8])
         self.prefer(json.dumps({"undo_days": 0}))
-        self.assertEqual([run["run"] for run in self.runs().objects()], [6])
+        self.assertEqual(kept_after_a_run("j"), [10, 9], "by the clock of the run before, too")
+        self.assertEqual(kept_after_a_run("k"), [11, 10])
 
     def test_what_does_not_fit_is_named_and_has_no_effect(self):
         song = self.copy("06", "a.mp3")
@@ -58,3 +76,23 @@ class Preferences(ProgramCase):
                 self.assertEqual(outcome.status, 0)
                 self.assert_line(outcome.stderr, path, "the defaults hold")
         self.assertEqual(len(self.runs().objects()), 8)
+
+    def test_the_window_is_told_what_the_terminal_was(self):
+        """With files only, the program starts over with a window; what it reported before goes along."""
+        path = self.prefer("{")
+        self.environment["QT_QPA_PLATFORM"] = "offscreen"
+        with self.start("vantaro", self.copy("06", "a.mp3"), "--jobs", "2") as process:
+            command = Path(f"/proc/{process.pid}/cmdline")
+            for _ in range(300):
+                arguments = command.read_bytes().decode().split("\0")
+                if "--window" in arguments:
+                    break
+                time.sleep(0.1)
+            time.sleep(2)
+            self.assertIsNone(process.poll())
+            process.terminate()
+            outcome = self.outcome(process)
+        (line,) = [line for line in outcome.stderr.split("\n") if "the defaults hold" in line]
+        self.assertTrue(line.startswith(str(path)))
+        self.assertEqual(arguments[1:4], ["--window", "--reported", line])
+        self.assertEqual(outcome.status, 130)

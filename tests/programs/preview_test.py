@@ -1,6 +1,7 @@
 """What a preview announces is what a run makes."""
 
 import json
+import os
 
 from support import ALBUM, ProgramCase, summary
 
@@ -155,6 +156,20 @@ class Previews(ProgramCase):
         rows = self.previewed(script, [one, two, one])
         self.assertEqual([row["after"]["N"] for row in rows], [["1"], ["2"], ["3"]])
 
+    def test_several_names_of_one_file(self):
+        one, two = self.album()[:2]
+        names = [one.with_stem("hard"), one.with_stem("symbolic")]
+        os.link(one, names[0])
+        os.symlink(one, names[1])
+        files = [one, two, *names]
+        pattern = "%list_index% %filename%"
+        script = self.save([action("Format value from other fields", field="N", pattern=pattern)])
+        tracks = self.announced_and_made(script, files)
+        for _, announced, made in tracks:
+            self.assertEqual(announced["N"], made["N"])
+        rows = [f"1 {one.stem}", f"2 {two.stem}", f"1 {one.stem}", f"1 {one.stem}"]
+        self.assertEqual([made["N"] for _, _, made in tracks], [[row] for row in rows])
+
     def test_texts_and_failures(self):
         song, bad = self.copy("06", "a.mp3"), self.garbage("bad.mp3")
         script = self.save([action("Set value", field="TITLE", value="x"),
@@ -218,6 +233,24 @@ class SavedScripts(ProgramCase):
                 self.assertEqual((outcome.status, outcome.stdout), (2, ""), verb)
                 self.assertNotEqual(outcome.stderr, "")
         self.assertFalse((self.folder / "x.qvx").exists())
+
+    def test_several_at_once(self):
+        names = [f"script {n}" for n in range(12)]
+        source = self.folder / "source.json"
+        source.write_text(json.dumps({"actions": [action("Set value", field="TITLE", value="x")]}))
+        before = self.scripts("list").stdout.splitlines()
+
+        def all_at_once(*arguments):
+            processes = [self.start("quorvex", "scripts", *arguments, name) for name in names]
+            for process in processes:
+                outcome = self.outcome(process)
+                self.assertEqual((outcome.status, outcome.stderr), (0, ""))
+
+        all_at_once("import", source, "--name")
+        self.assertEqual(sorted(self.scripts("list").stdout.splitlines()), sorted(before + names))
+        all_at_once("delete")
+        self.assertEqual(self.scripts("list").stdout.splitlines(), before)
+        self.assertEqual(list(self.stored.parent.glob("*conflict*")), [])
 
     def test_both_forms_do_the_same(self):
         files = [self.copy(number, f"{n}.flac") for n, number in enumerate(("02", "07"))]

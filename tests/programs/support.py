@@ -217,7 +217,7 @@ class ProgramCase(unittest.TestCase):
     @staticmethod
     def outcome(process):
         stdout, stderr = process.communicate(timeout=240)
-        return Outcome(process.returncode, stdout.decode(errors="surrogateescape"),
+        return Outcome(process.returncode, (stdout or b"").decode(errors="surrogateescape"),
                        (stderr or b"").decode(errors="surrogateescape"))
 
     def assert_line(self, text, *parts):

@@ -16,7 +16,11 @@
 #include <gmock/gmock.h>
 
 #include <poll.h>
+#include <sys/stat.h>
 
+#include <chrono>
+#include <fstream>
+#include <string>
 #include <thread>
 
 namespace vantaro::core {
@@ -110,7 +114,8 @@ TEST(AbortSignal, WakesWhoWaits) {
 
 TEST(LocalFiles, AreReadAndReplacedByTheirPaths) {
     const test::TemporaryFolder folder;
-    LocalFileSystem files;
+    const AbortSignal interrupt;
+    LocalFileSystem files(interrupt);
     AbortSignal abort;
     const std::string path = folder.write("caf\xE9.bin", "old content");
     {
@@ -135,12 +140,81 @@ TEST(LocalFiles, AreReadAndReplacedByTheirPaths) {
     EXPECT_FALSE(files.is_remote(path.c_str()));
 }
 
+TEST(LocalFiles, MayBePipesAndDoNotWaitForEver) {
+    const test::TemporaryFolder folder;
+    const std::string pipe = folder.path("pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    constexpr auto moment = std::chrono::milliseconds(50);
+    const auto exchange = [&](AbortSignal& abort, const AbortSignal& interrupt, OpenMode mode) {
+        LocalFileSystem files(interrupt);
+        const auto file = Ref<File>::adopt(files.open(pipe.c_str(), mode, abort));
+        std::string bytes(200'000, 'x'); // more than a pipe takes at once
+        if (mode == OpenMode::read)
+            bytes.resize(file->reader().read(bytes.data(), bytes.size(), abort));
+        else
+            file->writer().write(bytes.data(), bytes.size(), abort);
+        return bytes.size();
+    };
+    for (const OpenMode mode : {OpenMode::read, OpenMode::write_new}) {
+        for (const bool by_interrupt : {false, true}) {
+            // Nobody comes to the other end.
+            AbortSignal abort;
+            AbortSignal interrupt;
+            std::jthread later([&] {
+                std::this_thread::sleep_for(moment);
+                (by_interrupt ? interrupt : abort).set();
+            });
+            EXPECT_THROW(exchange(abort, interrupt, mode), vantaro_io::exception_aborted);
+        }
+        AbortSignal abort;
+        const AbortSignal interrupt;
+        std::size_t size = 0;
+        std::jthread other([&] { size = exchange(abort, interrupt, mode); });
+        std::this_thread::sleep_for(moment);
+        std::fstream end(pipe, mode == OpenMode::read ? std::ios::out : std::ios::in);
+        std::string bytes(200'000, 'y');
+        if (mode == OpenMode::read) {
+            end.write(bytes.data(), 100'000).flush();
+            std::this_thread::sleep_for(moment);
+            end.write(bytes.data(), 100'000).flush();
+        } else {
+            std::this_thread::sleep_for(moment);
+            end.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+            EXPECT_EQ(bytes, std::string(200'000, 'x'));
+        }
+        end.close();
+        other.join();
+        EXPECT_EQ(size, 200'000U);
+    }
+}
+
 TEST(Terminal, ShowsNoControlCharacters) {
     EXPECT_EQ(printable("a\x1B[2Jb\tc\x7F"), "a_[2Jb_c_");
     EXPECT_EQ(printable("caf\xE9 \x9B"), "caf\xEF\xBF\xBD \xEF\xBF\xBD");
     EXPECT_EQ(printable("\xC2\x9B"
                         "31m \xC3\xA9 \xC2\xA0"),
               "_31m \xC3\xA9 \xC2\xA0");
+}
+
+TEST(Terminal, ShowsNoDirectionMarks) {
+    struct Case {
+        const char* text;
+        const char* line;
+        const char* lines;
+        const char* json;
+    };
+    const std::vector<Case> cases{
+        {"\u061B\u061C\u061D", "\u061B_\u061D", "\u061B_\u061D", "\u061B\\u061c\u061D"},
+        {"\u200D\u200E\u200F\u2010", "\u200D__\u2010", "\u200D__\u2010", "\u200D\\u200e\\u200f\u2010"},
+        {"\u2027\u2028\u202E\u202F", "\u2027__\u202F", "\u2027__\u202F", "\u2027\\u2028\\u202e\u202F"},
+        {"\u2065\u2066\u2069\u206A", "\u2065__\u206A", "\u2065__\u206A", "\u2065\\u2066\\u2069\u206A"},
+        {"a\n\tb\x7F", "a__b_", "a\n\tb_", "a\n\tb\\u007f"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(printable(c.text), c.line);
+        EXPECT_EQ(printable_text(c.text), c.lines);
+        EXPECT_EQ(printable_json(c.text), c.json);
+    }
 }
 
 } // namespace

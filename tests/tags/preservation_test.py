@@ -5,11 +5,11 @@ import struct
 import unittest
 
 import mutagen
-from mutagen import aiff, apev2, asf, flac, id3, mp4, wave
+from mutagen import aiff, apev2, asf, flac, id3, mp4, ogg, wave
 from mutagen.id3 import ID3
 
 from tag_builders import PICTURE, append, id3v1, save_id3
-from tag_samples import TagTestCase, edit, fields, snapshot
+from tag_samples import TagTestCase, audio, edit, fields, snapshot
 
 
 class SeveralTags(TagTestCase):
@@ -93,14 +93,24 @@ class SeveralTags(TagTestCase):
         self.assertEqual({key: str(frame) for key, frame in wave.WAVE(path).tags.items()},
                          {"TIT2": "New", "TPE1": "A", "TCON": "Jazz"})
 
+    def test_info_with_unknown_and_cut_off_entries(self):
+        path = self.sample("wav")
+        self.add_info(path, {b"INAM": b"Old\0", b"Iabc": b"\0\xff\1", b"\0\1\2\3": b"x", b"ISFT": b""}, b"ICM")
+        rest = b"Iabc\3\0\0\0\0\xff\1\0" + b"\0\1\2\3\1\0\0\0x\0" + b"ISFT\0\0\0\0" + b"ICM"
+        for title in ("New", "A longer one"):
+            edit(path, "TITLE=" + title)
+            with open(path, "rb") as file:
+                self.assertIn(title.encode() + b"\0" * (1 + (len(title) + 1) % 2) + rest, file.read())
+
     @staticmethod
-    def add_info(path, entries):
+    def add_info(path, entries, rest=b""):
         body = b"INFO"
         for name, value in entries.items():
             body += name + struct.pack("<I", len(value)) + value + b"\0" * (len(value) % 2)
+        body += rest
         with open(path, "rb") as file:
             data = file.read()
-        data += b"LIST" + struct.pack("<I", len(body)) + body + b"test" + struct.pack("<I", 4) + b"abcd"
+        data += b"LIST" + struct.pack("<I", len(body)) + body + bytes(len(body) % 2) + b"test" + struct.pack("<I", 4) + b"abcd"
         with open(path, "wb") as file:
             file.write(data[:4] + struct.pack("<I", len(data) - 8) + data[8:])
 
@@ -175,7 +185,97 @@ class Vorbis(TagTestCase):
         self.check_edit(path, ["LYRICS=" + "la " * 20000], ["vorbis/LYRICS", "vorbis/order"])
 
 
+    # Entries of a comment that break its rules, as bytes.
+    ODD_ENTRIES = [b"=x", b"no sign", b"", b"=", b"n\xc3\xa4me=x", b"NAME=\xff\xfe", b"a=b\0c", b"==", b"TI=TLE"]
+
+    def test_entries_that_are_none(self):
+        def counted(data):
+            return struct.pack("<I", len(data)) + data
+
+        body = counted(b"V") + struct.pack("<I", len(self.ODD_ENTRIES) + 1)
+        body += counted(b"TITLE=Old") + b"".join(counted(entry) for entry in self.ODD_ENTRIES)
+        for extension in ("flac", "ogg", "opus", "spx", "oga"):
+            with self.subTest(extension):
+                path = self.sample(extension)
+                self.put_comment(path, extension, body)
+                before = audio(path)
+                for title in ("New", "x" * 5000):
+                    edit(path, "TITLE=" + title)
+                    with open(path, "rb") as file:
+                        data = file.read()
+                    # Pages cut a long comment into pieces; what follows the title is in one.
+                    self.assertIn(b"".join(counted(entry) for entry in self.ODD_ENTRIES), data)
+                    self.assertEqual(fields(path)["TITLE"], [title])
+                self.assertEqual(audio(path), before)
+
+    @staticmethod
+    def put_comment(path, extension, body):
+        if extension == "flac":
+            file = flac.FLAC(path)
+            file.metadata_blocks = [block for block in file.metadata_blocks if block.code == 0]
+            file.tags = None
+            block = flac.MetadataBlock(body)
+            block.code = 4
+            file.metadata_blocks.append(block)
+            with open(path, "rb") as stream:
+                old = stream.read()
+            info = file.metadata_blocks[0].write()
+            sync = old.index(b"\xff\xf8")
+            with open(path, "wb") as stream:
+                stream.write(b"fLaC" + b"\0" + struct.pack(">I", len(info))[1:] + info + b"\x84"
+                             + struct.pack(">I", len(body))[1:] + body + old[sync:])
+            return
+        with open(path, "r+b") as stream:
+            ogg.OggPage(stream)
+            old = ogg.OggPage(stream)
+            packets = list(old.packets)
+            prefix = {"ogg": b"\3vorbis", "opus": b"OpusTags", "spx": b"",
+                      "oga": packets[0][:1] + struct.pack(">I", len(body))[1:]}[extension]
+            packets[0] = prefix + body + (b"\1" if extension == "ogg" else b"")
+            ogg.OggPage.replace(stream, [old], ogg.OggPage.from_packets(packets, old.sequence))
+
+
 class Ape(TagTestCase):
+    # Flags, key and value of items that break the rules, or that libraries read differently.
+    ODD_ITEMS = [(0, b"a", b"short key"), (0, b"ID3", b"forbidden key"), (0, b"k\xe4y", b"no ASCII"),
+                 (0, b"Latin", b"\xdcber"), (0, b"Empty", b""), (0, b"Same", b"1"), (0, b"sAME", b"2"),
+                 (6, b"Reserved", b"\0\1"), (1, b"Read only", b"x"), (0, b"Ends", b"a\0b\0"), (2, b"Artist", b"\0\xff")]
+
+    def test_odd_items(self):
+        items = b"".join(struct.pack("<II", len(value), flags) + key + b"\0" + value
+                         for flags, key, value in self.ODD_ITEMS)
+        title = struct.pack("<II", 3, 0) + b"title\0Old"
+        for version, header, rest in ((2000, True, b""), (2000, False, b""), (1000, False, b""),
+                                      (2000, True, b"\xff\xff\0\0\0\0\0\0no end")):
+            with self.subTest((version, header, rest)):
+                path = self.sample("wv")
+                body = title + items + rest
+                count = len(self.ODD_ITEMS) + 1 + bool(rest)
+
+                def frame(flags):
+                    return b"APETAGEX" + struct.pack("<IIII8x", version, len(body) + 32, count, flags)
+
+                sound = audio(path)
+                append(path, (frame(0xA0000000) if header else b"") + body + frame(0x80000000 if header else 0))
+                self.assertEqual((fields(path)["TITLE"], fields(path)["SAME"]), (["Old"], ["2"]))
+                edit(path, "TITLE=New")
+                with open(path, "rb") as file:
+                    data = file.read()
+                start = data.index(b"APETAGEX")
+                self.assertEqual(data[start + 32:-32], title[:-3] + b"New" + items + rest)
+                self.assertEqual(struct.unpack_from("<II", data, len(data) - 20), (len(body) + 32, count))
+                self.assertEqual(audio(path), sound)
+
+    def test_flag_of_a_header_that_is_not_there(self):
+        path = self.sample("ape")
+        with open(path, "rb") as file:
+            sound = file.read()
+        item = struct.pack("<II", 3, 0) + b"title\0Old"
+        append(path, item + b"APETAGEX" + struct.pack("<IIII8x", 2000, len(item) + 32, 1, 0x80000000))
+        edit(path, "TITLE=New")
+        with open(path, "rb") as file:
+            self.assertEqual(file.read()[:len(sound) + 8], sound + b"APETAGEX")
+
     def test_binary_items_and_spelling(self):
         for extension in ("wv", "tta", "ape", "mpc"):
             with self.subTest(extension):
@@ -272,6 +372,24 @@ class Asf(TagTestCase):
         shown = fields(path)
         self.assertEqual((shown["SMALL"], shown["LARGE"], shown["COMPILATION"], shown["ARTIST"]),
                          (["7"], [str(1 << 40)], ["0"], ["A", "B"]))
+
+    def test_texts_with_a_nul(self):
+        path = self.sample("wma")
+        file = asf.ASF(path)
+        for name in ("Title", "Author", "Copyright", "Description"):
+            file[name] = name + "\0of the content"
+        file["WM/AlbumTitle"] = "Album"
+        file["WM/Genre"] = ["Rock\0a", "Jazz", "x\0\0y"]
+        file["Own"] = asf.ASFUnicodeAttribute("in\0metadata", stream=1)
+        file["Long"] = "z" * 40_000 + "\0end"
+        file["Number"] = asf.ASFDWordAttribute(5)
+        file.save()
+        self.assertEqual(fields(path)["GENRE"], ["Rock", "Jazz", "x"])
+        before = snapshot(path)
+        self.assertIn("\0", before["asf/Own"][0][1])
+        self.check_edit(path, ["ALBUM=New"], ["asf/WM/AlbumTitle"])
+        self.check_edit(path, ["TITLE=New"], ["asf/Title"])
+        self.check_edit(path, ["ALBUM=Album", "GENRE"], ["asf/WM/AlbumTitle", "asf/WM/Genre"])
 
 
 if __name__ == "__main__":

@@ -5,6 +5,7 @@
 #include "tests/support/fake_actions.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/ui/editor_fixture.h"
+#include "vantaro/services/abort_signal.h"
 #include "vantaro/services/local_files.h"
 
 #include <QFileDialog>
@@ -32,7 +33,8 @@ protected:
         editor.control<QComboBox>(script_name).setEditText(name);
         return editor;
     }
-    core::LocalFileSystem files_;
+    core::AbortSignal interrupt_;
+    core::LocalFileSystem files_{interrupt_};
 
     static std::string stored(const std::string& name) {
         const auto found = script_library().find_script(name);

@@ -2,8 +2,7 @@
 
 #include "host/api/registered_services.h"
 #include "vantaro/application/preferences.h"
-#include "vantaro/common/present.h"
-#include "vantaro/journal/recovery.h"
+#include "vantaro/common/own_program.h"
 #include "vantaro/storage/default_folders.h"
 
 #include <QCoreApplication>
@@ -21,10 +20,14 @@ namespace {
 
 /// Beside the program's folder: "components" in a build, "lib/vantaro/components" where it is installed.
 std::string own_component_dir() {
-    const std::filesystem::path base =
-        std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
+    const std::filesystem::path base = std::filesystem::path(own_program()).parent_path().parent_path();
     const std::filesystem::path installed = base / "lib" / "vantaro" / "components";
     return std::filesystem::exists(installed) ? installed : base / "components";
+}
+
+std::string folder_of_runs(const std::string& wanted_dir) {
+    const std::string state_dir = wanted_dir.empty() ? default_state_dir() : wanted_dir;
+    return state_dir.empty() ? state_dir : state_dir + "/runs";
 }
 
 unsigned thread_count(unsigned wanted) {
@@ -38,13 +41,15 @@ Host::Host(const HostSetup& setup)
     : interrupt_(*setup.interrupt), console_(*setup.console),
       component_dir_(setup.component_dir.empty() ? own_component_dir() : setup.component_dir),
       main_thread_([this](const std::string& line) { report(line); }), clock_(main_thread_),
-      code_page_(setup.code_page),
-      runs_((setup.state_dir.empty() ? default_state_dir() : setup.state_dir) + "/runs", real_system_calls()),
+      code_page_(setup.code_page), runs_(folder_of_runs(setup.state_dir), real_system_calls()),
       tag_io_(tracks_, main_thread_, interrupt_.flag(), runs_, thread_count(setup.jobs), setup.make_watcher,
               [this](const std::string& line) { report(line); }),
       components_(setup.config_dir.empty() ? default_config_dir() : setup.config_dir,
-                  [this](std::string_view line) { report(line); }) {
-    look_after_runs(setup.config_dir.empty() ? default_config_dir() : setup.config_dir);
+                  [this](std::string_view line) { report(line); }),
+      reported_(setup.reported) {
+    look_after_runs(setup.config_dir.empty() ? default_config_dir() : setup.config_dir,
+                    setup.config_dir.empty());
+    tag_io_.set_recovery_report(line_reporter());
     registry_.add_own<HostConsole>(*setup.console);
     registry_.add_own<PopupMessage>(*setup.message);
     registry_.add_own<PopupQuestion>(*setup.question);
@@ -62,16 +67,36 @@ Host::Host(const HostSetup& setup)
 
 Host::~Host() = default;
 
-void Host::look_after_runs(const std::string& config_dir) {
-    const auto report_line = [this](const std::string& line) { report(line); };
+void Host::look_after_runs(const std::string& config_dir, bool is_own_config) {
+    const auto report_line = [this](const std::string& line) { report_once(line); };
     const Preferences preferences = load_preferences(config_dir, report_line);
     tag_io_.set_keeps_times(preferences.keep_times);
     recover_runs(runs_, report_line);
-    try {
-        runs_.prune(preferences.undo, present());
-    } catch (const vantaro_io::exception_io& error) {
-        report(error.what());
+    // Runs belong to the user, whatever settings this program was started with: nothing that cannot be taken
+    // for the user's own wish makes them go.
+    if (preferences.are_known && is_own_config)
+        runs_.set_retention(preferences.undo);
+}
+
+RecoveryReport Host::line_reporter() {
+    return [this](const std::string& line) { main_thread_.post([this, line] { report_once(line); }); };
+}
+
+void Host::report_once(const std::string& line) {
+    {
+        const std::lock_guard lock(reported_mutex_);
+        if (std::ranges::find(reported_, line) != reported_.end())
+            return;
+        reported_.push_back(line);
     }
+    report(line);
+    if (on_reported_once)
+        on_reported_once(line);
+}
+
+std::vector<std::string> Host::reported() const {
+    const std::lock_guard lock(reported_mutex_);
+    return reported_;
 }
 
 void Host::add_built_in(GetInterfaceFunction& get_interface, const std::string& file_name) {
@@ -103,6 +128,10 @@ void Host::wait_until_idle() {
 
 bool Host::save_configurations() {
     return components_.save_configurations();
+}
+
+bool Host::change_configurations(const std::function<void()>& change) {
+    return components_.change_configurations(change);
 }
 
 void Host::close() {

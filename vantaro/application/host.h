@@ -15,7 +15,7 @@
 #pragma once
 
 #include "host/api/user_interaction.h"
-#include "vantaro/journal/run_store.h"
+#include "vantaro/journal/recovery.h"
 #include "vantaro/loading/component.h"
 #include "vantaro/loading/service_registry.h"
 #include "vantaro/services/clock.h"
@@ -28,6 +28,8 @@
 #include "vantaro/tracks/track_table.h"
 #include "vantaro/update/tag_io.h"
 
+#include <functional>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -42,6 +44,9 @@ struct HostSetup {
     std::string component_dir;
     /// How many threads read and how many write files; 0 for as many as the machine has processors.
     unsigned jobs = 0;
+
+    /// What was reported once already, by the process that started this one.
+    std::vector<std::string> reported;
 
     /// What texts in files are in that say nothing of it, such as cue sheets that are not UTF-8.
     std::string code_page = "windows-1252";
@@ -69,6 +74,9 @@ public:
     /// Stores what has changed in the components' configurations. Returns whether all could be stored; what
     /// could not is reported.
     bool save_configurations();
+    /// The same for a change to the configurations as they are stored now, which other processes may have
+    /// changed since the start. Throws: what ComponentSet::change_configurations throws.
+    bool change_configurations(const std::function<void()>& change);
     /// Tells the components that the services end. Called once, when idle.
     void close();
 
@@ -80,6 +88,16 @@ public:
     const AbortSignal& interrupt() const { return interrupt_.flag(); }
     /// Prints a line on the console.
     void report(std::string_view line) { console_.print(line.data(), line.size()); }
+    /// The same, but not what was reported in this way before: a folder that nobody gets into is told of
+    /// once. Any thread.
+    void report_once(const std::string& line);
+    /// The same for other threads: the line is printed when the main thread gets to it.
+    RecoveryReport line_reporter();
+    /// What was reported once, in its order.
+    std::vector<std::string> reported() const;
+    /// Called with each line that is reported once from now on, on the thread that reports it. Set while no
+    /// update is under way.
+    std::function<void(const std::string& line)> on_reported_once;
 
     /// What components take for the main window; nullptr for none, as at first. It outlives its being set.
     void set_main_window(WindowHandle window) { main_window_ = window; }
@@ -103,7 +121,7 @@ public:
 
 private:
     void check_installation();
-    void look_after_runs(const std::string& config_dir);
+    void look_after_runs(const std::string& config_dir, bool is_own_config);
 
     Interrupt& interrupt_;
     HostConsole& console_;
@@ -113,7 +131,7 @@ private:
     MainThread main_thread_;
     Clock clock_;
     Md5Service digest_;
-    LocalFileSystem file_system_;
+    LocalFileSystem file_system_{interrupt_.flag()};
     TagReader tag_reader_;
     VersionService version_;
     CodePageService code_page_;
@@ -123,6 +141,8 @@ private:
     TrackTable tracks_;
     TagIO tag_io_;
     ComponentSet components_;
+    mutable std::mutex reported_mutex_; // guards what follows
+    std::vector<std::string> reported_;
 };
 
 } // namespace vantaro::core

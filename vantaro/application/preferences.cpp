@@ -1,6 +1,7 @@
 #include "vantaro/application/preferences.h"
 
 #include "host/api/exceptions.h"
+#include "vantaro/storage/default_folders.h"
 #include "vantaro/storage/files.h"
 
 #include <nlohmann/json.hpp>
@@ -32,6 +33,8 @@ std::string path_in(const std::string& config_dir) {
 
 Preferences load_preferences(const std::string& config_dir,
                              const std::function<void(const std::string& line)>& report) {
+    if (config_dir.empty())
+        return {};
     const std::string path = path_in(config_dir);
     try {
         const std::optional<std::string> text = read_file(path);
@@ -50,11 +53,15 @@ Preferences load_preferences(const std::string& config_dir,
         return result;
     } catch (const std::exception& error) {
         report(path + ": " + error.what() + "; the defaults hold.");
-        return {};
+        Preferences defaults;
+        defaults.are_known = false;
+        return defaults;
     }
 }
 
 void save_preferences(const std::string& config_dir, const Preferences& preferences) {
+    if (config_dir.empty())
+        throw vantaro_io::exception_io_not_found(no_home_folder);
     // A link stays one: the file that it leads to is replaced.
     const std::string file = follow_links(path_in(config_dir));
     make_folder(std::filesystem::path(file).parent_path().string());

@@ -19,6 +19,8 @@ struct Preferences {
     Retention undo;
     /// "keep_times": files keep their times of change when their tags are written.
     bool keep_times = false;
+    /// Whether these are the user's: those of the file, or the defaults where there is none.
+    bool are_known = true;
 };
 
 /// What the file says; a name that it does not have keeps its default. A file that cannot be read, or a value

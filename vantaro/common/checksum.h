@@ -6,7 +6,7 @@
 
 namespace vantaro::core {
 
-/// The CRC-32 of the bytes, as zlib computes it.
-std::uint32_t checksum(std::string_view bytes);
+/// The CRC-32 of the bytes, as zlib computes it; `before` is that of the bytes in front of them.
+std::uint32_t checksum(std::string_view bytes, std::uint32_t before = 0);
 
 } // namespace vantaro::core

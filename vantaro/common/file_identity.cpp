@@ -8,17 +8,36 @@
 
 namespace vantaro::core {
 
-FileIdentity FileIdentity::of(const std::string& path) {
+namespace {
+
+struct stat status_of(const std::string& path) {
     struct stat file;
     if (::stat(path.c_str(), &file) != 0)
         throw_system_error(errno);
-    return of(file);
+    return file;
+}
+
+std::int64_t nanoseconds(const timespec& time) {
+    constexpr std::int64_t second = 1'000'000'000;
+    return time.tv_sec * second + time.tv_nsec;
+}
+
+} // namespace
+
+FileIdentity FileIdentity::of(const std::string& path) {
+    return of(status_of(path));
 }
 
 FileIdentity FileIdentity::of(const struct ::stat& file) {
-    constexpr std::int64_t second = 1'000'000'000;
-    return {file.st_dev, file.st_ino, static_cast<std::uint64_t>(file.st_size),
-            file.st_mtim.tv_sec * second + file.st_mtim.tv_nsec};
+    return {file.st_dev, file.st_ino, static_cast<std::uint64_t>(file.st_size), nanoseconds(file.st_mtim)};
+}
+
+FileStatus FileStatus::of(const std::string& path) {
+    return of(status_of(path));
+}
+
+FileStatus FileStatus::of(const struct ::stat& file) {
+    return {FileIdentity::of(file), nanoseconds(file.st_ctim)};
 }
 
 FileStats FileIdentity::stats() const {

@@ -36,4 +36,18 @@ struct FileIdentity {
     friend auto operator<=>(const FileIdentity&, const FileIdentity&) = default;
 };
 
+/// What tells within a run whether anybody has changed a file meanwhile, whatever time of change it was given
+/// then. Of no use later: a file's status changes by being renamed, or getting another owner.
+struct FileStatus {
+    FileIdentity identity;
+    /// Of the last change of anything about the file, in nanoseconds since 1970-01-01 UTC.
+    std::int64_t status_changed = 0;
+
+    /// As FileIdentity::of.
+    static FileStatus of(const std::string& path);
+    static FileStatus of(const struct ::stat& file);
+
+    friend bool operator==(const FileStatus&, const FileStatus&) = default;
+};
+
 } // namespace vantaro::core

@@ -1,7 +1,5 @@
 #include "vantaro/common/system_error.h"
 
-#include "host/api/exceptions.h"
-
 #include <cerrno>
 #include <system_error>
 
@@ -18,6 +16,9 @@ namespace {
     case EPERM:
     case EROFS:
         throw vantaro_io::exception_io_denied(start + vantaro_io::exception_io_denied::default_text);
+    case ENOSPC:
+    case EDQUOT:
+        throw NoSpaceLeft(start + std::generic_category().message(code));
     default:
         throw vantaro_io::exception_io(start + std::generic_category().message(code));
     }

@@ -47,7 +47,7 @@ int run_desktop(int& argc, char** argv, HostSetup setup, const std::vector<std::
 
     {
         WindowHost program(std::move(setup), interrupt);
-        program.window().show();
+        program.show();
         program.window().add(paths);
         QApplication::exec();
     }

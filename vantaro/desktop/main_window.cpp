@@ -3,6 +3,7 @@
 #include "vantaro/locations/playlist.h"
 #include "vantaro/tags/format.h"
 #include "vantaro/windows/preferences_window.h"
+#include "vantaro/windows/shown_text.h"
 #include "vantaro/windows/update_window.h"
 
 #include <QApplication>
@@ -306,7 +307,7 @@ void MainWindow::undo_last_run() {
     const QString time =
         QLocale().toString(QDateTime::fromMSecsSinceEpoch(run->start.time / 1'000'000), QLocale::ShortFormat);
     const QString name =
-        run->start.activity.empty() ? QString() : QString::fromStdString(" \"" + run->start.activity + '"');
+        run->start.activity.empty() ? QString() : shown_text(" \"" + run->start.activity + '"');
     if (!ask(QStringLiteral("Undo last run"),
              QStringLiteral("The run%1 of %2 changed %3. Give each its previous content again?")
                  .arg(name, time, counted(run->files, "file", "files")),
@@ -331,7 +332,7 @@ void MainWindow::end_undo(const UndoOutcome& outcome) {
     const UndoReport& report = outcome.report;
     QString text = counted(report.put_back, "file", "files") + QStringLiteral(" put back");
     if (!outcome.error.empty())
-        text = QString::fromStdString(outcome.error);
+        text = shown_text(outcome.error);
     else if (report.failed > 0)
         text += QStringLiteral(", %1 not").arg(QLocale().toString(static_cast<qulonglong>(report.failed)));
     if (report.aborted)

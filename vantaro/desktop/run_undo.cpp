@@ -8,14 +8,14 @@ namespace {
 
 class Undo final : public UndoObserver {
 public:
-    Undo(TrackTable& tracks, std::unique_ptr<UpdateWatcher> watcher)
-        : tracks_(tracks), watcher_(std::move(watcher)) {}
+    Undo(Host& host, std::unique_ptr<UpdateWatcher> watcher)
+        : tracks_(host.tracks()), report_(host.line_reporter()), watcher_(std::move(watcher)) {}
 
     UpdateWatcher& watcher() { return *watcher_; }
 
     void run(RunStore& runs, std::uint64_t number, const AbortFlag& abort) {
         try {
-            outcome.report = undo_run(runs, number, {false, present()}, *this, abort);
+            outcome.report = undo_run(runs, number, {false, present(), report_}, *this, abort);
         } catch (const std::exception& error) {
             outcome.error = error.what();
         }
@@ -45,6 +45,7 @@ public:
 
 private:
     TrackTable& tracks_;
+    const RecoveryReport report_;
     const std::unique_ptr<UpdateWatcher> watcher_;
 };
 
@@ -52,7 +53,7 @@ private:
 
 void start_undo(Host& host, std::uint64_t run, std::unique_ptr<UpdateWatcher> watcher,
                 const std::function<void(const UndoOutcome& outcome)>& on_end) {
-    const auto undo = std::make_shared<Undo>(host.tracks(), std::move(watcher));
+    const auto undo = std::make_shared<Undo>(host, std::move(watcher));
     const auto abort =
         host.tag_io().run_in_turn([undo, &runs = host.runs(), run, on_end](const AbortFlag& flag) {
             undo->run(runs, run, flag);

@@ -2,6 +2,7 @@
 
 #include "vantaro/locations/resolve_location.h"
 #include "vantaro/tags/tag_file.h"
+#include "vantaro/windows/shown_text.h"
 
 #include <algorithm>
 #include <atomic>
@@ -164,7 +165,7 @@ void TrackLoader::end_chunk(bool was_aborted) {
     for (const auto& [track, error] : chunk->failures) {
         failed.insert(track);
         unreadable.push_back(track);
-        const QString reason = QString::fromStdString(error);
+        const QString reason = shown_text(error);
         // A file that stays as bad is looked at again and again, and told of once.
         if (model_.failure(*track) != reason)
             host_.report(std::string(track->path()) + ": " + error);

@@ -1,6 +1,7 @@
 #include "vantaro/desktop/track_model.h"
 
 #include "vantaro/desktop/track_order.h"
+#include "vantaro/windows/shown_text.h"
 
 #include <QGuiApplication>
 #include <QPalette>
@@ -22,7 +23,7 @@ Column column_of(const QModelIndex& index) {
 QVariant tool_tip(const Track& track, const QString& reason) {
     if (reason.isEmpty())
         return {};
-    return QString(QString::fromUtf8(track.path()) + u'\n' + reason);
+    return QString(shown_text(track.path()) + u'\n' + reason);
 }
 
 } // namespace

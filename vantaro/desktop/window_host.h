@@ -3,7 +3,7 @@
 //     Interrupt interrupt;
 //     QApplication qt(argc, argv);
 //     WindowHost program(setup, interrupt);
-//     program.window().show();
+//     program.show();
 //     QApplication::exec();                          // until the window has closed
 //
 // Main thread only.
@@ -30,9 +30,12 @@ public:
 
     Host& host() { return host_; }
     MainWindow& window() { return *window_; }
+    /// Shows the window, and before it what was reported while everything started.
+    void show();
 
 private:
     HostSetup completed(HostSetup setup, Interrupt& interrupt);
+    void tell(const QStringList& lines);
 
     const std::string config_dir_;
     Terminal terminal_;

@@ -17,6 +17,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace vantaro::core {
 
@@ -47,28 +48,50 @@ private:
     bool is_broken_ = false;
 };
 
-/// Reads a journal from the beginning. `file` outlives it.
+/// Opens a journal. Throws vantaro_io::exception_io when it is not the user's own, or others can write to it:
+/// what it says would be done with the user's files.
+OpenFile open_journal(SystemCalls& calls, const std::string& path, int flags);
+
+/// Whether no process is at the journal, which is open in this one for reading.
+bool is_abandoned(const OpenFile& journal);
+
+/// Reads a journal from the beginning. `file` outlives it. Records that are damaged are passed over.
 class JournalReader {
 public:
     /// Throws exception_io_data when the file is no journal.
     explicit JournalReader(const OpenFile& file);
 
-    /// The next record's bytes; nothing at the end, or where the journal is torn.
+    /// The next record's bytes; nothing when no whole one follows: at the end, or where the journal is torn.
     std::optional<std::string> next();
-    /// The same, without the bytes behind the first few of a record that is longer than `most`.
+    /// The same, without the bytes behind the first few of a record that is longer than `most`. Such a record
+    /// can be damaged.
     std::optional<std::string> next_head(std::size_t most);
-    /// Where the next record starts.
+    /// The first bytes of the record that starts there, damaged or not.
+    std::string head_at(std::uint64_t position, std::size_t most) const;
+    /// Where the record ends that was read last, and the next one starts unless that is damaged.
     std::uint64_t position() const { return position_; }
+    /// Where the record starts that was read last.
+    std::uint64_t start() const { return start_; }
+    /// Where damaged records were passed over.
+    const std::vector<std::uint64_t>& damaged() const { return damaged_; }
     void seek(std::uint64_t position) { position_ = position; }
     /// The last record when it has just that size, without reading what stands before it.
     std::optional<std::string> last(std::size_t size);
 
 private:
-    std::optional<std::string> read_record(std::uint64_t position, std::size_t most);
+    struct Found {
+        std::string bytes;
+        std::uint64_t end = 0;
+    };
+
+    std::optional<Found> read_record(std::uint64_t position, std::size_t most) const;
+    std::optional<std::uint64_t> find_record(std::uint64_t from) const;
 
     const OpenFile& file_;
     std::uint64_t file_size_;
     std::uint64_t position_;
+    std::uint64_t start_;
+    std::vector<std::uint64_t> damaged_;
 };
 
 } // namespace vantaro::core

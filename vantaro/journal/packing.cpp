@@ -17,6 +17,8 @@ constexpr char compressed = 1;
 /// What is shorter stays as it is: a frame takes about as much.
 constexpr std::size_t worthwhile = 64;
 constexpr int fast_level = 1;
+/// More than what the parts of a file that change take, so that a damaged size does not take all memory.
+constexpr std::size_t most = std::size_t{2} << 30;
 
 struct Free {
     void operator()(ZSTD_CCtx* context) const { ::ZSTD_freeCCtx(context); }
@@ -59,6 +61,8 @@ std::string pack(std::string_view bytes, std::string_view reference) {
 }
 
 std::string unpack(std::string_view packed, std::string_view reference, std::size_t size) {
+    if (size > most)
+        throw vantaro_io::exception_io_data();
     if (packed.starts_with(plain) && packed.size() == 1 + size)
         return std::string(packed.substr(1));
     if (!packed.starts_with(compressed)

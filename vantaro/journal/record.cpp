@@ -1,13 +1,17 @@
 #include "vantaro/journal/record.h"
 
 #include "host/api/exceptions.h"
+#include "vantaro/common/checksum.h"
 #include "vantaro/journal/packing.h"
 
 #include <QByteArray>
 #include <QDataStream>
 #include <QIODevice>
 
+#include <algorithm>
+#include <array>
 #include <concepts>
+#include <optional>
 #include <type_traits>
 
 namespace vantaro::core {
@@ -105,9 +109,27 @@ void pass_optional(Reader& stream, std::optional<T>& value) {
         pass(stream, value.emplace());
 }
 
+template <class T>
+void pass(Writer& stream, const std::optional<T>& value) {
+    pass_optional(stream, value);
+}
+template <class T>
+void pass(Reader& stream, std::optional<T>& value) {
+    pass_optional(stream, value);
+}
+
+template <class Stream, class T>
+requires std::same_as<std::remove_const_t<T>, Extent>
+void pass(Stream& stream, T& extent) {
+    stream.number(extent.offset);
+    stream.number(extent.size);
+}
+
 template <class Stream, class Range>
 void pass_range(Stream& stream, Range& range) {
     stream.number(range.old_offset);
+    stream.number(range.old_size);
+    pass(stream, range.old_checksum);
     stream.text(range.old_bytes);
     stream.number(range.new_offset);
     stream.number(range.new_size);
@@ -118,12 +140,15 @@ void pass(Writer& stream, const ChangedRange& range) {
     pass_range(stream, range);
     stream.text(range.new_bytes.empty() ? std::string() : pack(range.new_bytes, range.old_bytes));
 }
-void pass(Reader& stream, ChangedRange& range) {
-    pass_range(stream, range);
+void read_new_bytes(Reader& stream, ChangedRange& range) {
     std::string packed;
     stream.text(packed);
     if (!packed.empty())
         range.new_bytes = unpack(packed, range.old_bytes, range.new_size);
+}
+void pass(Reader& stream, ChangedRange& range) {
+    pass_range(stream, range);
+    read_new_bytes(stream, range);
 }
 
 template <class T>
@@ -141,7 +166,7 @@ void pass_list(Reader& stream, std::vector<T>& list) {
 }
 
 template <class Stream, class Change>
-void pass_change(Stream& stream, Change& change) {
+void pass_head(Stream& stream, Change& change) {
     stream.text(change.path);
     pass(stream, change.before);
     stream.number(change.new_size);
@@ -150,8 +175,46 @@ void pass_change(Stream& stream, Change& change) {
     stream.number(change.shift_size);
     stream.text(change.temporary);
     pass_optional(stream, change.modified);
-    pass_optional(stream, change.restores);
+}
+
+template <class Stream, class Change>
+void pass_change(Stream& stream, Change& change) {
+    pass_head(stream, change);
     pass_list(stream, change.ranges);
+    pass_list(stream, change.kept);
+    stream.number(change.kept_checksum);
+}
+
+// As journals of version 1.9 and before have it: without kept parts, with what an undo restored, and the
+// sizes of old bytes only where they are packed.
+void read_early_change(Reader& stream, FileChange& change) {
+    pass_head(stream, change);
+    std::optional<FileIdentity> restored;
+    pass_optional(stream, restored);
+    std::uint64_t count = 0;
+    stream.number(count);
+    while (change.ranges.size() < count) {
+        ChangedRange& range = change.ranges.emplace_back();
+        stream.number(range.old_offset);
+        stream.text(range.old_bytes);
+        stream.number(range.new_offset);
+        stream.number(range.new_size);
+        stream.number(range.new_checksum);
+        read_new_bytes(stream, range);
+        range.old_size = range.old_bytes.size();
+        range.old_checksum = checksum(range.old_bytes);
+    }
+}
+
+void read_early_sizes(Reader& stream, FileChange& change) {
+    std::vector<std::uint64_t> old_sizes;
+    pass_list(stream, old_sizes);
+    if (old_sizes.size() != change.ranges.size())
+        throw vantaro_io::exception_io_data();
+    for (std::size_t i = 0; i < old_sizes.size(); ++i) {
+        change.ranges[i].old_size = old_sizes[i];
+        change.ranges[i].old_checksum.reset(); // of the packed bytes
+    }
 }
 
 template <class Stream, class R>
@@ -178,7 +241,6 @@ void pass_record(Stream& stream, R& record) {
         static_assert(std::is_same_v<Kind, KeptChange>);
         pass_change(stream, record.change);
         pass(stream, record.after);
-        pass_list(stream, record.old_sizes);
     }
 }
 
@@ -190,18 +252,33 @@ Record read_record(Reader& reader) {
     return record;
 }
 
-} // namespace
+/// What kinds are called in a journal, in the order of Record; and what two of them were called before.
+constexpr std::array<std::uint8_t, std::variant_size_v<Record>> kind_numbers{0, 1, 6, 3, 4, 7};
+constexpr std::uint8_t early_noted = 2;
+constexpr std::uint8_t early_kept = 5;
 
-std::string encode(const Record& record) {
-    Writer writer;
-    writer.kind(record.index());
-    std::visit([&](const auto& kind) { pass_record(writer, kind); }, record);
-    return writer.take();
+bool is_early(std::string_view bytes) {
+    return bytes.front() == early_noted || bytes.front() == early_kept;
 }
 
-Record decode(std::string_view bytes) {
-    Reader reader(bytes);
-    switch (reader.kind()) {
+Record read_early(Reader& reader, std::string_view bytes) {
+    if (bytes.front() == early_noted) {
+        NotedChange noted;
+        reader.number(noted.number);
+        read_early_change(reader, noted.change);
+        reader.end();
+        return noted;
+    }
+    KeptChange kept;
+    read_early_change(reader, kept.change);
+    pass(reader, kept.after);
+    read_early_sizes(reader, kept.change);
+    reader.end();
+    return kept;
+}
+
+Record read_present(Reader& reader, std::size_t kind) {
+    switch (kind) {
     case 0:
         return read_record<RunStart>(reader);
     case 1:
@@ -216,6 +293,57 @@ Record decode(std::string_view bytes) {
         return read_record<KeptChange>(reader);
     default:
         throw vantaro_io::exception_io_data();
+    }
+}
+
+} // namespace
+
+std::string encode(const Record& record) {
+    Writer writer;
+    writer.kind(kind_numbers.at(record.index()));
+    std::visit([&](const auto& kind) { pass_record(writer, kind); }, record);
+    return writer.take();
+}
+
+Record decode(std::string_view bytes) {
+    const std::size_t kind = kind_of(bytes);
+    Reader reader(bytes);
+    if (kind != std::variant_npos)
+        reader.kind();
+    Record record =
+        kind != std::variant_npos && is_early(bytes) ? read_early(reader, bytes) : read_present(reader, kind);
+    if (const auto* noted = std::get_if<NotedChange>(&record))
+        check_change(noted->change);
+    else if (const auto* kept = std::get_if<KeptChange>(&record))
+        check_change(kept->change);
+    return record;
+}
+
+std::size_t kind_of(std::string_view bytes) noexcept {
+    if (bytes.empty())
+        return std::variant_npos;
+    const auto number = static_cast<std::uint8_t>(bytes.front());
+    if (is_early(bytes))
+        return number;
+    const auto* const found = std::ranges::find(kind_numbers, number);
+    return found == kind_numbers.end() ? std::variant_npos
+                                       : static_cast<std::size_t>(found - kind_numbers.begin());
+}
+
+std::string path_in(std::string_view bytes) noexcept {
+    try {
+        Reader reader(bytes);
+        reader.kind();
+        std::uint64_t number = 0;
+        if (begins<NotedChange>(bytes))
+            reader.number(number);
+        else if (!begins<KeptChange>(bytes))
+            return {};
+        std::string path;
+        reader.text(path);
+        return path.starts_with('/') && path.find('\0') == std::string::npos ? path : std::string();
+    } catch (const std::exception&) {
+        return {};
     }
 }
 

@@ -57,6 +57,7 @@ struct ChangeOutcome {
 
 /// The last record of a run: everything is on the medium. Its size never varies.
 struct RunEnd {
+    /// How many changes the run has to its account: those made, and those whose outcome is not known.
     std::uint64_t files = 0;
     bool was_cut_off = false;
 
@@ -64,11 +65,10 @@ struct RunEnd {
 };
 
 /// What remains of a change once its run has ended: enough to take it back from the file's new bytes. The old
-/// bytes of each range are packed by its new bytes, which are left out; their sizes stand apart.
+/// bytes of each range are packed by its new bytes, which are left out.
 struct KeptChange {
     FileChange change;
     FileIdentity after;
-    std::vector<std::uint64_t> old_sizes;
 
     friend bool operator==(const KeptChange&, const KeptChange&) = default;
 };
@@ -77,17 +77,24 @@ using Record = std::variant<RunStart, TemporaryName, NotedChange, ChangeOutcome,
 
 std::string encode(const Record& record);
 
-/// Throws vantaro_io::exception_io_data when the bytes are no record.
+/// Throws vantaro_io::exception_io_data when the bytes are no record, or one of a change that nobody can have
+/// made (check_change).
 Record decode(std::string_view bytes);
+
+/// The path that a record of a change names, whatever else is wrong with it; empty when it names none.
+std::string path_in(std::string_view bytes) noexcept;
 
 /// The number of the noted change that the bytes, of which the first few are enough, begin.
 /// Throws vantaro_io::exception_io_data when they begin none.
 std::uint64_t noted_number(std::string_view bytes);
 
+/// The index of the kind that the bytes begin, of which the first few are enough; variant_npos for none.
+std::size_t kind_of(std::string_view bytes) noexcept;
+
 /// Whether the bytes, of which the first few are enough, begin a record of the kind.
 template <class Kind>
 bool begins(std::string_view bytes) {
-    return !bytes.empty() && static_cast<std::size_t>(bytes.front()) == Record(Kind()).index();
+    return kind_of(bytes) == Record(Kind()).index();
 }
 
 } // namespace vantaro::core

@@ -1,11 +1,14 @@
 #include "vantaro/journal/run_store.h"
 
 #include "host/api/exceptions.h"
+#include "vantaro/common/present.h"
 #include "vantaro/common/system_error.h"
 #include "vantaro/journal/shrink.h"
-#include "vantaro/storage/files.h"
+#include "vantaro/storage/default_folders.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -47,9 +50,27 @@ std::string RunStore::path(std::uint64_t number, const char* ending) const {
     return folder_ + '/' + name + ending;
 }
 
+void RunStore::check_folder() const {
+    if (folder_.empty())
+        return;
+    struct stat folder;
+    if (::stat(folder_.c_str(), &folder) != 0) {
+        if (errno != ENOENT)
+            throw_system_error(errno, folder_);
+        return;
+    }
+    if (folder.st_uid != ::geteuid() || (folder.st_mode & (S_IWGRP | S_IWOTH)) != 0)
+        throw vantaro_io::exception_io_denied(folder_
+                                              + ": The folder belongs to another user, or others can write "
+                                                "to it, so that no run is kept there");
+}
+
 /// Newest first.
 std::vector<RunStore::Entry> RunStore::entries() const {
+    check_folder();
     std::vector<Entry> found;
+    if (folder_.empty())
+        return found;
     std::error_code error;
     for (fs::directory_iterator it(folder_, error), end; !error && it != end; it.increment(error)) {
         const fs::path name = it->path().filename();
@@ -68,7 +89,10 @@ std::vector<RunStore::Entry> RunStore::entries() const {
 }
 
 OpenRun RunStore::begin(const RunStart& start) {
+    if (folder_.empty())
+        throw vantaro_io::exception_io_not_found(no_home_folder);
     make_folder(folder_);
+    check_folder();
     const FileLock lock(folder_ + "/lock"); // numbers are given once, and nobody finds a journal unlocked
     const std::vector<Entry> present = entries();
     const std::uint64_t number = present.empty() ? 1 : present.front().number + 1;
@@ -76,7 +100,7 @@ OpenRun RunStore::begin(const RunStart& start) {
     try {
         append(run.journal, start);
         sync_folder(folder_);
-    } catch (const vantaro_io::exception_io&) {
+    } catch (const std::exception&) {
         calls_.unlink(run.journal.path());
         throw;
     }
@@ -96,9 +120,15 @@ void RunStore::close(OpenRun run) {
     try {
         if (run.journal.size() > worth_shrinking)
             shrink_journal(calls_, final_path);
-    } catch (const vantaro_io::exception_io&) {
+    } catch (const std::exception&) {
         // It does as it is.
     }
+    if (retention_)
+        try {
+            prune(*retention_, present());
+        } catch (const std::exception&) {
+            // The next run tries again.
+        }
 }
 
 void RunStore::discard(OpenRun run) {
@@ -112,22 +142,22 @@ std::optional<RunSummary> RunStore::summary(const Entry& entry) const {
     result.is_open = entry.is_open;
     try {
         const OpenFile file =
-            OpenFile::open(calls_, path(entry.number, entry.is_open ? open_ending : ended_ending), O_RDONLY);
+            open_journal(calls_, path(entry.number, entry.is_open ? open_ending : ended_ending), O_RDONLY);
         JournalReader reader(file);
         const auto start = decode_as<RunStart>(reader.next());
-        if (!start)
-            return std::nullopt;
-        result.start = *start;
+        result.is_damaged = !start;
+        result.start = start.value_or(RunStart());
         result.bytes = file.identity().size;
-        if (entry.is_open)
-            return result;
+        if (entry.is_open) {
+            result.was_cut_off = is_abandoned(file);
+            return start ? std::optional(result) : std::nullopt; // it may be about to be begun
+        }
         const auto end = decode_as<RunEnd>(reader.last(encode(RunEnd()).size()));
-        if (!end)
-            return std::nullopt;
-        result.files = end->files;
-        result.was_cut_off = end->was_cut_off;
-    } catch (const vantaro_io::exception_io&) {
-        return std::nullopt; // damaged, or gone since the folder was listed
+        result.is_damaged |= !end;
+        result.files = end ? end->files : made_changes(file).changes.size();
+        result.was_cut_off = end && end->was_cut_off;
+    } catch (const std::exception&) {
+        return std::nullopt; // no journal, or gone since the folder was listed
     }
     return result;
 }
@@ -143,30 +173,29 @@ std::vector<RunSummary> RunStore::runs() const {
 OpenFile RunStore::open(std::uint64_t number) const {
     const std::string name = "Run " + std::to_string(number);
     try {
-        return OpenFile::open(calls_, path(number, ended_ending), O_RDONLY);
+        check_folder();
+        return open_journal(calls_, path(number, ended_ending), O_RDONLY);
     } catch (const vantaro_io::exception_io_not_found&) {
         if (fs::exists(path(number, open_ending)))
-            throw vantaro_io::exception_io(name
-                                           + " is still under way, or was cut off and has files that "
-                                             "could not be reached since");
+            throw vantaro_io::exception_io(name + " is still under way, or its journal cannot be used");
         throw vantaro_io::exception_io_not_found(name + ": there is no such run, or it is no longer kept");
     }
 }
 
-std::vector<OpenRun>
-RunStore::take_over_abandoned(const std::function<void(const std::string& line)>& report) {
-    std::vector<OpenRun> result;
+AbandonedRuns RunStore::take_over_abandoned(const std::function<void(const std::string& line)>& report,
+                                            const std::function<bool(std::uint64_t number)>& is_known) {
+    AbandonedRuns result;
     const std::vector<Entry> present = entries();
     if (std::ranges::none_of(present, &Entry::is_open))
         return result;
-    const FileLock lock(folder_ + "/lock");
+    result.lock = std::make_unique<FileLock>(folder_ + "/lock");
     for (const Entry& entry : entries()) {
-        if (!entry.is_open)
+        if (!entry.is_open || is_known(entry.number))
             continue;
         try {
             if (auto journal = JournalFile::take_over(calls_, path(entry.number, open_ending)))
-                result.push_back({entry.number, std::move(*journal)});
-        } catch (const vantaro_io::exception_io& error) {
+                result.runs.push_back({entry.number, std::move(*journal)});
+        } catch (const std::exception& error) {
             report(error.what());
         }
     }
@@ -183,14 +212,19 @@ void RunStore::remove_abandoned(const std::string& path) {
     }
 }
 
-void RunStore::prune(const Retention& retention, std::int64_t now) {
-    constexpr std::int64_t nanoseconds_a_day = 86'400'000'000'000;
+void RunStore::remove_leftovers() {
+    check_folder();
     std::error_code ignored;
     for (const auto& entry : fs::directory_iterator(folder_, ignored))
         if (entry.path().extension() == ".new" && entry.path().stem().extension() == ended_ending)
             remove_abandoned(entry.path());
+}
+
+void RunStore::prune(const Retention& retention, std::int64_t now) {
+    constexpr std::int64_t nanoseconds_a_day = 86'400'000'000'000;
     std::uint64_t total = 0;
     bool is_newest = true;
+    std::optional<std::int64_t> last_but_one;
     for (const Entry& entry : entries()) {
         if (entry.is_open)
             continue;
@@ -201,7 +235,11 @@ void RunStore::prune(const Retention& retention, std::int64_t now) {
             continue;
         total += size;
         const std::optional<RunSummary> run = summary(entry);
-        const bool is_old = run && now - run->start.time > retention.days * nanoseconds_a_day;
+        if (run && !is_newest && !last_but_one)
+            last_but_one = run->start.time;
+        const bool is_old =
+            run && last_but_one
+            && std::min(now, *last_but_one) - run->start.time > retention.days * nanoseconds_a_day;
         if ((is_old || total > retention.bytes) && !is_newest) {
             calls_.unlink(name);
             total -= size;

@@ -5,8 +5,10 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <filesystem>
 #include <iterator>
 #include <random>
 #include <utility>
@@ -25,13 +27,19 @@ constexpr std::chrono::milliseconds moment(5);
 
 std::string random_prefix() {
     std::random_device device;
-    return ".vantaro-" + std::to_string(device()) + '-';
+    return temporary_prefix + std::to_string(device()) + '-';
 }
 
 } // namespace
 
-RunWriter::RunWriter(RunStore& store, RunStart start)
-    : store_(store), start_(std::move(start)), temporary_prefix_(random_prefix()),
+void RunWriter::Waiting::fail(const char* why) {
+    outcome.error = why;
+    prepared.replacement.reset();
+    prepared.file.close();
+}
+
+RunWriter::RunWriter(RunStore& store, RunStart start, RecoveryReport report)
+    : store_(store), start_(std::move(start)), report_(std::move(report)), temporary_prefix_(random_prefix()),
       thread_([this] { commit_batches(); }) {}
 
 RunWriter::~RunWriter() {
@@ -61,10 +69,35 @@ void RunWriter::announce_temporary(const std::string& path) {
     journal().journal.flush();
 }
 
+TemporaryNames RunWriter::names() {
+    return {[this](const std::string& folder) { return temporary_name(folder); },
+            [this](const std::string& path) { announce_temporary(path); }};
+}
+
 PreparedChange RunWriter::prepare(OpenFile file, const FileEdit& edit, const ChangeOptions& options) {
-    return prepare_change(std::move(file), edit, options,
-                          {[this](const std::string& folder) { return temporary_name(folder); },
-                           [this](const std::string& path) { announce_temporary(path); }});
+    const auto try_it = [&] {
+        PreparedChange prepared = prepare_change(std::move(file), edit, options, names());
+        const std::lock_guard lock(queue_mutex_);
+        ++unsubmitted_;
+        return prepared;
+    };
+    try {
+        return try_it();
+    } catch (const NoSpaceLeft&) {
+        // New files that wait for their turn take room, and old ones until they are replaced.
+    }
+    const std::lock_guard one_by_one(room_mutex_);
+    wait_for_room();
+    return try_it();
+}
+
+void RunWriter::wait_for_room() {
+    constexpr std::chrono::seconds patience(2); // what is never handed in is not waited for
+    {
+        std::unique_lock lock(queue_mutex_);
+        queue_changed_.wait_for(lock, patience, [&] { return unsubmitted_ == 0; });
+    }
+    wait();
 }
 
 void RunWriter::submit(PreparedChange change, Done done) {
@@ -75,6 +108,7 @@ void RunWriter::submit(PreparedChange change, Done done) {
                || (queue_.size() < most_files_waiting && queued_bytes_ + bytes <= most_waiting);
     });
     queued_bytes_ += bytes;
+    unsubmitted_ -= std::min<std::size_t>(unsubmitted_, 1);
     queue_.push_back({std::move(change), std::move(done), 0, {}});
     queue_changed_.notify_all();
 }
@@ -106,7 +140,15 @@ void RunWriter::commit_batches() {
             is_committing_ = true;
             queue_changed_.notify_all();
         }
-        commit(batch);
+        try {
+            commit(batch);
+        } catch (const std::exception& error) {
+            // Whatever has become of the files, their journal says what they were.
+            needs_recovery_ = true;
+            for (Waiting& item : batch)
+                if (!item.has_failed() && item.outcome.identity == FileIdentity())
+                    item.outcome.error = error.what();
+        }
         for (Waiting& item : batch)
             item.done(item.outcome);
     }
@@ -118,22 +160,27 @@ void RunWriter::commit(std::vector<Waiting>& batch) {
             if (item.prepared.replacement)
                 item.prepared.replacement->file().sync();
         } catch (const std::exception& error) {
-            item.outcome.error = error.what();
+            item.fail(error.what());
         }
     }
+    give_way(batch);
     note(batch);
     std::vector<std::string> outcomes;
+    bool is_flush_due = false;
     for (Waiting& item : batch) {
         if (item.has_failed())
             continue;
         const std::uint64_t number = item.number;
         bool is_left_between = false;
         try {
+            is_flush_due |= item.prepared.replacement
+                            && store_.calls().file_system(item.prepared.file.descriptor()).without_order;
             carry_out(item);
             ++written_;
         } catch (const LeftBetween& error) {
             item.outcome.error = error.what();
             is_left_between = true;
+            left_between_.push_back(std::move(item.prepared));
         } catch (const std::exception& error) {
             item.outcome.error = error.what();
         }
@@ -146,12 +193,38 @@ void RunWriter::commit(std::vector<Waiting>& batch) {
                               item.outcome.identity, false}));
     }
     try {
+        if (is_flush_due)
+            flush_file_systems();
         const std::lock_guard lock(journal_mutex_);
         if (!outcomes.empty())
             journal().journal.append(outcomes);
     } catch (const std::exception&) {
         // Left out: the next start finds out by itself what became of the files.
         needs_recovery_ = true;
+    }
+}
+
+/// A run that is cut off while this one is under way may have left files half-written that are in the batch
+/// now. Since they are locked nobody writes them any more, so that what its journal says is the last word.
+void RunWriter::give_way(std::vector<Waiting>& batch) {
+    try {
+        // One with files that cannot be reached stays: it is looked at once, and when such a file is met.
+        bool is_recovery_due = find_half_written(store_, half_written_);
+        for (Waiting& item : batch) {
+            if (item.has_failed() || !std::ranges::any_of(half_written_, [&](const auto& run) {
+                    return run.second.contains(item.prepared.change);
+                }))
+                continue;
+            item.fail("Another run was cut off while it wrote the file; that was put right, and nothing else "
+                      "was changed");
+            is_recovery_due = true;
+        }
+        if (is_recovery_due)
+            recover_runs(store_, report_);
+    } catch (const std::exception& error) {
+        for (Waiting& item : batch)
+            if (!item.has_failed())
+                item.fail(error.what());
     }
 }
 
@@ -173,7 +246,7 @@ void RunWriter::note(std::vector<Waiting>& batch) {
     } catch (const std::exception& error) {
         for (Waiting& item : batch)
             if (!item.has_failed())
-                item.outcome.error = error.what();
+                item.fail(error.what());
     }
 }
 
@@ -189,8 +262,8 @@ void RunWriter::carry_out(Waiting& item) {
 void RunWriter::carry_out_without_shift(Waiting& item) {
     const FileChange& refused = item.prepared.change;
     const FileEdit edit = edit_of(refused);
-    const ChangeOptions options{refused.modified, refused.restores, false};
-    item.prepared = prepare(std::move(item.prepared.file), edit, options);
+    ChangeOptions options{refused.modified, {}, false};
+    item.prepared = prepare_change(std::move(item.prepared.file), edit, options, names());
     if (item.prepared.replacement)
         item.prepared.replacement->file().sync();
     item.number = next_number_++;
@@ -207,10 +280,14 @@ void RunWriter::remember_file_system(const OpenFile& file) {
     const dev_t device = file.status().st_dev;
     if (file_systems_.contains(device))
         return;
-    const int copy = ::fcntl(file.descriptor(), F_DUPFD_CLOEXEC, 0);
-    if (copy < 0)
-        throw_system_error(errno);
-    file_systems_.emplace(device, OpenFile(file.calls(), copy, file.path()));
+    // Not a copy of its descriptor: it would stay locked.
+    file_systems_.emplace(device, open_within(file.calls(), file.path()));
+}
+
+void RunWriter::flush_file_systems() {
+    for (const auto& [device, file] : file_systems_)
+        if (store_.calls().sync_file_system(file.descriptor()) != 0)
+            throw_system_error(errno, "The files were written, but not all may be on the disk");
 }
 
 std::uint64_t RunWriter::finish() {
@@ -224,11 +301,11 @@ std::uint64_t RunWriter::finish() {
     const std::lock_guard lock(journal_mutex_);
     if (!journal_)
         return 0;
+    const std::vector<PreparedChange> left_between =
+        std::exchange(left_between_, {}); // goes after the journal
     OpenRun run = std::move(*journal_);
     journal_.reset();
-    for (const auto& [device, file] : file_systems_)
-        if (store_.calls().sync_file_system(file.descriptor()) != 0)
-            throw_system_error(errno, "The files were written, but not all may be on the disk");
+    flush_file_systems();
     file_systems_.clear();
     const std::uint64_t number = run.number;
     if (needs_recovery_)

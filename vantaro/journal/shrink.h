@@ -28,23 +28,33 @@ struct MadeChange {
     /// Of its record.
     std::uint64_t position = 0;
     FileIdentity after;
+    /// Whether it took place. If not, that can be told from the file only, and put right (settle.h).
+    bool is_certain = true;
 };
 
-/// The changes that took place, in order. Throws vantaro_io::exception_io when the journal cannot be read.
-std::vector<MadeChange> made_changes(const OpenFile& journal);
+struct MadeChanges {
+    /// In order.
+    std::vector<MadeChange> changes;
+    /// The paths of changes of which not more can be read; empty where not even that.
+    std::vector<std::string> damaged;
+};
+
+/// The changes that took place, or may have. Throws vantaro_io::exception_io when the journal cannot be read.
+MadeChanges made_changes(const OpenFile& journal);
 
 /// A change as its record has it.
 struct StoredChange {
     FileChange change;
-    /// Empty when the change has its old bytes; else it has them packed, and these are their sizes.
-    std::vector<std::uint64_t> old_sizes;
+    /// The old bytes are packed.
+    bool is_packed = false;
 };
 
-/// Throws vantaro_io::exception_io_data when no change stands there.
+/// Throws vantaro_io::exception_io_data when no change stands there, or it is damaged.
 StoredChange read_change(const OpenFile& journal, std::uint64_t position);
 
 /// Sees to it that the change has its old bytes. `file` holds the new ones.
-/// Throws vantaro_io::exception_io_data when it does not, and what OpenFile::read throws.
+/// Throws vantaro_io::exception_io_data when it does not, or they are not those whose checksum is known; and
+/// what OpenFile::read throws.
 void restore_old_bytes(StoredChange& stored, const OpenFile& file);
 
 } // namespace vantaro::core

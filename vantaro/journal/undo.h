@@ -6,7 +6,7 @@
 // An undo is a run with a journal of its own, and can be taken back as well.
 #pragma once
 
-#include "vantaro/journal/run_store.h"
+#include "vantaro/journal/recovery.h"
 #include "vantaro/services/abort_signal.h"
 
 #include <cstddef>
@@ -21,6 +21,8 @@ struct UndoOptions {
     bool times = false;
     /// Of the undo itself, in nanoseconds since 1970-01-01 UTC.
     std::int64_t now = 0;
+    /// What there is to say of runs that were cut off; on any thread.
+    RecoveryReport report = [](const std::string&) {};
 };
 
 struct UndoReport {
@@ -46,9 +48,9 @@ public:
 /// other goes back step by step. `runs`: newest first.
 std::optional<RunSummary> newest_run_to_undo(const std::vector<RunSummary>& runs);
 
-/// Takes back a run that has ended. A file that is no longer as the run left it is refused and left alone,
-/// which the observer hears; later runs that were taken back themselves do not count as changes. A file that
-/// an earlier undo has put back already counts as put back. Ends between two files when `abort` is set.
+/// Takes back a run that has ended, or was cut off: what can be put right of that is, first. A file whose
+/// tags are not byte for byte as the run left them is refused and left alone, which the observer hears; one
+/// that has its old bytes again already counts as put back. Ends between two files when `abort` is set.
 /// Throws vantaro_io::exception_io when there is no such run, or its journal cannot be read.
 UndoReport undo_run(RunStore& store, std::uint64_t number, const UndoOptions& options, UndoObserver& observer,
                     const AbortFlag& abort);

@@ -3,11 +3,13 @@
 #include "host/api/memory_stream.h"
 #include "vantaro/loading/library_file.h"
 #include "vantaro/services/abort_signal.h"
+#include "vantaro/storage/files.h"
 
 #include <dlfcn.h>
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 
 namespace vantaro::core {
@@ -121,6 +123,18 @@ bool ComponentSet::save_configurations() {
         }
     }
     return all_saved;
+}
+
+bool ComponentSet::change_configurations(const std::function<void()>& change) {
+    std::optional<FileLock> lock;
+    if (!config_dir_.empty()) {
+        make_folder(config_dir_);
+        lock.emplace(config_dir_ + "/change.lock");
+    }
+    for (const auto& component : components_)
+        read_configuration(*component);
+    change();
+    return save_configurations();
 }
 
 void ComponentSet::report_all(const std::vector<std::string>& lines) {

@@ -41,6 +41,9 @@ public:
     /// Stores what has changed in the components' configurations since they were read. Failures are reported.
     /// Returns whether all could be stored.
     bool save_configurations();
+    /// Makes a change to what the files hold now, and stores it, while no other process does the same.
+    /// Throws: vantaro_io::exception_io when the folder takes no lock, and what `change` throws.
+    bool change_configurations(const std::function<void()>& change);
 
     std::size_t count() const { return components_.size(); }
 

@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <set>
 #include <system_error>
@@ -36,14 +35,22 @@ std::string read_text(const std::string& path, const struct ::stat& status, cons
     const auto size = static_cast<std::size_t>(status.st_size);
     if (size > limits.playlist_size)
         throw vantaro_io::exception_io_data("The playlist is too large");
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
+    // Without waiting for the other end, should it have become a pipe.
+    const int file = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (file < 0)
         throw_system_error(errno);
     std::string text(size, '\0');
-    file.read(text.data(), static_cast<std::streamsize>(size));
-    if (file.bad())
-        throw vantaro_io::exception_io();
-    text.resize(static_cast<std::size_t>(file.gcount()));
+    std::size_t done = 0;
+    ssize_t count = 1;
+    while (count > 0 && done < size) {
+        count = ::read(file, text.data() + done, size - done);
+        done += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    }
+    const int error = errno;
+    ::close(file);
+    if (count < 0)
+        throw_system_error(error);
+    text.resize(done);
     if (text.find('\0') != std::string::npos)
         throw vantaro_io::exception_io_data("The playlist is not a text");
     return text;

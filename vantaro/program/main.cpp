@@ -2,11 +2,14 @@
 // to carry out, it does the work and exits. Otherwise it shows its window.
 
 #include "vantaro/application/argument_distributor.h"
+#include "vantaro/application/command_line.h"
 #include "vantaro/application/context_menu.h"
 #include "vantaro/application/exit_status.h"
 #include "vantaro/application/terminal_host.h"
+#include "vantaro/common/own_program.h"
 #include "vantaro/desktop/desktop.h"
 #include "vantaro/locations/location_text.h"
+#include "vantaro/terminal/standard_output.h"
 #include "vantaro/terminal/update_lines.h"
 
 #include <CLI/CLI.hpp>
@@ -17,7 +20,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <string>
@@ -28,7 +30,7 @@ namespace vantaro::core {
 namespace {
 
 void print(const std::string& line) {
-    std::fputs((printable(line) + '\n').c_str(), stdout);
+    print_output(printable(line) + '\n');
 }
 
 int list_menu(Host& host) {
@@ -116,14 +118,19 @@ bool name_any_files(const std::vector<std::string>& arguments) {
 }
 
 /// Starts the program over, as one with a window. Components are not made to be loaded a second time, and the
-/// toolkit's two kinds of applications do not follow each other in one process.
-/// Throws: std::system_error; otherwise it does not return.
-[[noreturn]] void start_over_with_window(const std::vector<char*>& arguments) {
-    std::string option = "--window";
-    std::vector<char*> all{arguments.front(), option.data()};
+/// toolkit's two kinds of applications do not follow each other in one process. What was `reported` goes
+/// along, to be seen in the window. Throws: std::system_error; otherwise it does not return.
+[[noreturn]] void start_over_with_window(const std::vector<char*>& arguments,
+                                         const std::vector<std::string>& reported) {
+    std::vector<std::string> options{"--window"};
+    for (const std::string& line : reported)
+        options.insert(options.end(), {"--reported", line});
+    std::vector<char*> all{arguments.front()};
+    for (std::string& option : options)
+        all.push_back(option.data());
     all.insert(all.end(), arguments.begin() + 1, arguments.end());
     all.push_back(nullptr);
-    ::execv(std::filesystem::read_symlink("/proc/self/exe").c_str(), all.data());
+    ::execv(own_program().c_str(), all.data());
     throw std::system_error(errno, std::generic_category(), "The window cannot be opened");
 }
 
@@ -146,8 +153,15 @@ struct CommandLine {
     std::string menu_command;
 };
 
-/// In the terminal. Sets `wants_window` when there is nothing to do there, and a window can be opened.
-int run_in_terminal(int& argc, char** argv, const CommandLine& line, bool& wants_window) {
+/// What is left for a window.
+struct ForWindow {
+    /// There is nothing to do in the terminal, and a window can be opened.
+    bool is_wanted = false;
+    std::vector<std::string> reported;
+};
+
+/// In the terminal.
+int run_in_terminal(int& argc, char** argv, const CommandLine& line, ForWindow& for_window) {
     QCoreApplication qt(argc, argv);
     TerminalHost program(line.setup, line.yes);
     Host& host = program.host();
@@ -164,8 +178,8 @@ int run_in_terminal(int& argc, char** argv, const CommandLine& line, bool& wants
         const Distributed distributed = distribute(host, program.message(), line.arguments);
         status = distributed.status;
         if (!distributed.has_taken_any && !host.interrupt().is_aborting()) {
-            wants_window = has_display() && name_any_files(line.arguments);
-            if (!wants_window)
+            for_window = {has_display() && name_any_files(line.arguments), host.reported()};
+            if (!for_window.is_wanted)
                 status = say_nothing_to_do(program.terminal());
         }
     }
@@ -205,24 +219,25 @@ int run(int argc, char** argv) {
     options.add_flag("--list-menu", line.list, "List the commands of the context menu");
     // How the program starts itself over; nothing for the help text.
     options.add_flag("--window", line.window)->group("");
+    options.add_option("--reported", line.setup.reported)->group("")->allow_extra_args(false);
     options.add_flag("--yes", line.yes, "Answer every question with yes");
     options.add_option("ARGUMENT", line.arguments, "Commands and files")->type_name("");
     options.set_version_flag("--version", std::string("Vantaro ") + host_version);
     try {
         options.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return options.exit(error) == 0 ? exit_status::done : exit_status::not_begun;
+        return say_why_not_parsed(options, error);
     }
 
     // Qt takes arguments of its own out of the list.
     const std::vector<char*> all_arguments(argv, argv + argc);
     const bool names_nothing = line.arguments.empty() && !line.list && line.menu_command.empty();
-    bool wants_window = line.window || (names_nothing && has_display());
-    if (wants_window)
+    if (line.window || (names_nothing && has_display()))
         return run_with_window(argc, argv, line);
-    const int status = run_in_terminal(argc, argv, line, wants_window);
-    if (wants_window)
-        start_over_with_window(all_arguments);
+    ForWindow for_window;
+    const int status = run_in_terminal(argc, argv, line, for_window);
+    if (for_window.is_wanted)
+        start_over_with_window(all_arguments, for_window.reported);
     return status;
 }
 
@@ -230,10 +245,5 @@ int run(int argc, char** argv) {
 } // namespace vantaro::core
 
 int main(int argc, char** argv) {
-    try {
-        return vantaro::core::run(argc, argv);
-    } catch (const std::exception& error) {
-        vantaro::core::Terminal().line(std::string("vantaro: ") + error.what());
-        return vantaro::core::exit_status::not_begun;
-    }
+    return vantaro::core::run_program("vantaro", [&] { return vantaro::core::run(argc, argv); });
 }

@@ -2,9 +2,7 @@
 
 #include <linux/fiemap.h>
 #include <linux/fs.h>
-#include <linux/magic.h>
 #include <sys/ioctl.h>
-#include <sys/vfs.h>
 
 #include <algorithm>
 #include <array>
@@ -36,10 +34,9 @@ bool has_few_extents(const OpenFile& file) {
 
 /// The block size of a file system that shifts as it should; 0 for others.
 std::uint64_t block_size(const OpenFile& file) {
-    struct statfs system;
-    if (::fstatfs(file.descriptor(), &system) != 0 || system.f_type != EXT4_SUPER_MAGIC)
+    if (!file.calls().file_system(file.descriptor()).shifts)
         return 0;
-    return static_cast<std::uint64_t>(system.f_bsize);
+    return static_cast<std::uint64_t>(file.status().st_blksize);
 }
 
 } // namespace

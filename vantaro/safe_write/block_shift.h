@@ -1,9 +1,10 @@
 // Whether a file can grow or shrink by whole blocks that its file system inserts or takes out, in front of
 // bytes that then need not be moved.
 //
-// Only where the shift is one transaction: the size of the file tells afterwards whether it took place. That
-// is so on ext4 for a file whose extents, at most four, stand in its inode; a larger tree of extents is
-// shifted leaf by leaf, and XFS shifts one extent a transaction.
+// Only where the shift is done at once: the size of the file tells afterwards whether it took place. That is
+// so on ext4 for a file whose extents, at most four, stand in its inode, together with the size: one
+// transaction, or without a journal one sector. A larger tree of extents is shifted leaf by leaf, and XFS
+// shifts one extent a transaction.
 #pragma once
 
 #include "vantaro/safe_write/file_edit.h"

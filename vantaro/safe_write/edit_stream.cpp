@@ -3,6 +3,7 @@
 #include "host/api/exceptions.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <string_view>
 
@@ -13,6 +14,9 @@ namespace {
 std::string_view view(const TagLib::ByteVector& data) {
     return {data.data(), data.size()};
 }
+
+/// What is looked at beyond this is audio that a format has its tags in the midst of.
+constexpr std::uint64_t most_looked_at = 16 << 20;
 
 } // namespace
 
@@ -26,6 +30,13 @@ FileEdit EditStream::edit() const {
     if (failure_)
         std::rethrow_exception(failure_);
     FileEdit result{old_size_, {}};
+    std::uint64_t looked_at = 0;
+    for (const auto& [start, end] : looked_at_) {
+        const std::uint64_t size = std::min(end - start, most_looked_at - looked_at);
+        if (size > 0)
+            result.looked_at.push_back({start, size});
+        looked_at += size;
+    }
     Splice current;
     const auto close_at = [&](std::uint64_t old_place) {
         current.size = old_place - current.offset;
@@ -116,6 +127,7 @@ std::size_t EditStream::read(std::uint64_t start, char* buffer, std::size_t size
             try {
                 if (file_.read(piece.source + skipped, buffer + done, count) != count)
                     throw vantaro_io::exception_io("The file has become shorter while it was being read");
+                remember_reading(piece.source + skipped, count);
             } catch (...) {
                 failure_ = std::current_exception();
                 return done;
@@ -124,6 +136,19 @@ std::size_t EditStream::read(std::uint64_t start, char* buffer, std::size_t size
         done += count;
     }
     return done;
+}
+
+void EditStream::remember_reading(std::uint64_t offset, std::uint64_t size) {
+    std::uint64_t end = offset + size;
+    auto next = looked_at_.upper_bound(offset);
+    if (next != looked_at_.begin() && std::prev(next)->second >= offset)
+        --next;
+    while (next != looked_at_.end() && next->first <= end) {
+        offset = std::min(offset, next->first);
+        end = std::max(end, next->second);
+        next = looked_at_.erase(next);
+    }
+    looked_at_.emplace_hint(next, offset, end);
 }
 
 TagLib::ByteVector EditStream::readBlock(unsigned long length) {

@@ -13,6 +13,7 @@
 #include <tiostream.h>
 
 #include <exception>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -23,7 +24,8 @@ public:
     /// `file` outlives this, and nobody changes it meanwhile.
     explicit EditStream(const OpenFile& file);
 
-    /// What makes the new content of the old one, without what only repeats old bytes.
+    /// What makes the new content of the old one, without what only repeats old bytes. What was read of the
+    /// old file is what the edit has looked at, as far as it is not more than tags can be.
     /// Throws what went wrong while the file was read: TagLib would have taken it for the end of the file.
     FileEdit edit() const;
 
@@ -53,6 +55,7 @@ private:
     void replace(std::uint64_t start, std::uint64_t size, std::string_view bytes);
     void overwrite(std::uint64_t start, std::string_view bytes);
     std::size_t read(std::uint64_t start, char* buffer, std::size_t size);
+    void remember_reading(std::uint64_t offset, std::uint64_t size);
 
     const OpenFile& file_;
     const std::uint64_t old_size_;
@@ -61,6 +64,8 @@ private:
     std::uint64_t size_;
     std::uint64_t position_ = 0;
     std::exception_ptr failure_;
+    std::map<std::uint64_t, std::uint64_t>
+        looked_at_; ///< start and end in the old file, apart from each other
 };
 
 } // namespace vantaro::core

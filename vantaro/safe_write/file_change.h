@@ -1,8 +1,10 @@
 // One change of one file as a journal notes it: enough to tell afterwards whether the file holds its old
-// bytes, its new bytes or something between, to put it right, and to take the change back later.
+// bytes, its new bytes or something between, to put it right (settle.h), and to take the change back later.
 //
-//     switch (settle(calls, change)) {
-//     case FileState::as_before: ...
+//     FileChange change = describe_change(file, edit);
+//     ...
+//     if (examine(file, change) == FileState::as_changed)
+//         undone = inverse_of(change);
 //
 // Any thread, one at a time for a file.
 #pragma once
@@ -29,6 +31,9 @@ enum class WriteMethod : std::uint8_t {
 /// A part of a file that changes.
 struct ChangedRange {
     std::uint64_t old_offset = 0;
+    std::uint64_t old_size = 0;
+    /// CRC-32 of the old bytes; unknown in journals of early versions.
+    std::optional<std::uint32_t> old_checksum;
     std::string old_bytes;
     std::uint64_t new_offset = 0;
     std::uint64_t new_size = 0;
@@ -36,8 +41,13 @@ struct ChangedRange {
     std::uint32_t new_checksum = 0;
     std::string new_bytes;
 
+    std::uint64_t old_end() const { return old_offset + old_size; }
+    std::uint64_t new_end() const { return new_offset + new_size; }
     friend bool operator==(const ChangedRange&, const ChangedRange&) = default;
 };
+
+/// What a file that stands beside another one for a moment begins its name with.
+inline constexpr const char* temporary_prefix = ".vantaro-";
 
 struct FileChange {
     /// The file's own path, whatever links lead there.
@@ -52,9 +62,12 @@ struct FileChange {
     std::string temporary;
     /// The time of change that the file gets, in nanoseconds since 1970-01-01 UTC; else the present.
     std::optional<std::int64_t> modified;
-    /// The state whose bytes the file gets again, when the change takes another one back.
-    std::optional<FileIdentity> restores;
+    /// In the order of their offsets.
     std::vector<ChangedRange> ranges;
+    /// Parts of the old file that stay as they are, between the ranges: with these all of the file's tags.
+    std::vector<Extent> kept;
+    /// CRC-32 of the kept parts, one behind the other.
+    std::uint32_t kept_checksum = 0;
 
     friend bool operator==(const FileChange&, const FileChange&) = default;
 };
@@ -69,6 +82,11 @@ FileEdit edit_of(const FileChange& change);
 /// What takes the change back.
 FileEdit inverse_of(const FileChange& change);
 
+/// Throws vantaro_io::exception_io_data for a change that nobody can have described: a relative path, ranges
+/// that overlap or leave the file, a temporary name elsewhere or of another kind. What a journal says is not
+/// believed before.
+void check_change(const FileChange& change);
+
 enum class FileState : std::uint8_t {
     as_before,
     as_changed,
@@ -78,11 +96,16 @@ enum class FileState : std::uint8_t {
     foreign,
 };
 
-/// Reads the parts that the change is about. Throws what OpenFile::read throws.
+/// Reads the ranges of the change, which has its old and its new bytes, and what else can tell whether it was
+/// cut off. Throws what OpenFile::read throws.
 FileState examine(const OpenFile& file, const FileChange& change);
 
-/// Whether the file's new ranges hold what the change has put there.
+/// Whether the file's ranges hold what the change has put there.
 bool holds_new_bytes(const OpenFile& file, const FileChange& change);
+/// Whether they hold what was there before. False where the change does not know their checksums.
+bool holds_old_bytes(const OpenFile& file, const FileChange& change);
+/// Whether the kept parts are what they were, with the ranges as in the new file or as in the old one.
+bool holds_kept_parts(const OpenFile& file, const FileChange& change, bool is_new);
 
 /// Sets the time of change, where the user may.
 void set_modified_if_allowed(const OpenFile& file, std::int64_t nanoseconds);
@@ -94,11 +117,5 @@ void write_new_bytes(const OpenFile& file, const FileChange& change);
 /// Makes the file what it was, also after a change that failed half-way, its time of change included.
 /// Requires: method is not replace. Throws what OpenFile throws; calling it again later is fine.
 void put_back(const OpenFile& file, const FileChange& change);
-
-/// Puts a file whose change may have been cut off to its old or its new bytes, removes the temporary file,
-/// and tells which it was: as_before, as_changed, or foreign, which is left alone. They are then on the
-/// medium. A file that is gone is foreign. Throws what OpenFile throws when the file cannot be reached or
-/// written.
-FileState settle(SystemCalls& calls, const FileChange& change);
 
 } // namespace vantaro::core

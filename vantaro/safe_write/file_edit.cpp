@@ -37,7 +37,7 @@ std::uint64_t FileEdit::new_size() const {
 }
 
 FileEdit without_repetitions(const OpenFile& file, const FileEdit& edit) {
-    FileEdit result{edit.old_size, {}};
+    FileEdit result{edit.old_size, {}, edit.looked_at};
     for (const Splice& splice : edit.splices) {
         const std::string before = file.read(splice.offset, splice.size);
         const std::string_view after = splice.bytes;

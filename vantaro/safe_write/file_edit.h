@@ -29,10 +29,22 @@ struct Splice {
     friend bool operator==(const Splice&, const Splice&) = default;
 };
 
+/// A part of a file.
+struct Extent {
+    std::uint64_t offset = 0;
+    std::uint64_t size = 0;
+
+    std::uint64_t end() const { return offset + size; }
+    friend bool operator==(const Extent&, const Extent&) = default;
+};
+
 struct FileEdit {
     std::uint64_t old_size = 0;
     /// In the order of their offsets; they do not overlap.
     std::vector<Splice> splices;
+    /// What of the old file the edit was made from: all its tags, at least. In the order of their offsets,
+    /// apart from each other; splices may overlap them.
+    std::vector<Extent> looked_at = {};
 
     bool empty() const { return splices.empty(); }
     std::uint64_t new_size() const;

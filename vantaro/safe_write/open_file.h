@@ -16,13 +16,24 @@
 
 namespace vantaro::core {
 
+/// Whether a file that somebody else has locked is waited for.
+enum class Wait { no, a_moment };
+
 class OpenFile {
 public:
     /// Opens what is there.
     static OpenFile open(SystemCalls& calls, const std::string& path, int flags);
-    /// Opens for reading and writing, under the file's own path, whatever links lead there.
-    /// Throws exception_io_data when it is no regular file.
+    /// Opens for reading and writing, under the file's own path, whatever links lead there, and locks it:
+    /// until it is closed, nobody else who asks for the lock writes it. Waits a moment for whoever has it.
+    /// Throws exception_io_data when it is no regular file, exception_io when it stays locked.
     static OpenFile open_for_change(SystemCalls& calls, const std::string& path);
+    /// The same for reading only: as long as it is open, nobody is in the midst of writing it.
+    static OpenFile open_undisturbed(SystemCalls& calls, const std::string& path);
+    /// The same for a file of that very name: open_itself.
+    static OpenFile open_locked(SystemCalls& calls, const std::string& path, int flags,
+                                Wait wait = Wait::a_moment);
+    /// Opens the regular file of that very name. Throws exception_io_data for anything else, links included.
+    static OpenFile open_itself(SystemCalls& calls, const std::string& path, int flags);
     /// Takes over an open descriptor. Requires: descriptor >= 0.
     OpenFile(SystemCalls& calls, int descriptor, std::string path);
     ~OpenFile();
@@ -32,6 +43,12 @@ public:
     const std::string& path() const { return path_; }
     int descriptor() const { return descriptor_; }
     SystemCalls& calls() const { return *calls_; }
+
+    /// Sees to it that nobody else who locks files writes this one. Where the file system has no locks, there
+    /// is none. Throws exception_io when somebody else keeps it.
+    void lock(Wait wait) const;
+    /// Closes it early; nothing else may be asked of it then.
+    void close();
 
     struct stat status() const;
     FileIdentity identity() const;
@@ -47,11 +64,13 @@ public:
     void set_modified(std::int64_t nanoseconds) const;
 
 private:
-    void close();
-
     SystemCalls* calls_;
     int descriptor_;
     std::string path_;
 };
+
+/// Opens something by which the file system of `path` can be flushed: the folder, for the file should not
+/// stay open, and only where the folder can be used and not be listed, the file.
+OpenFile open_within(SystemCalls& calls, const std::string& path);
 
 } // namespace vantaro::core

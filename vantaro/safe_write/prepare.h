@@ -11,7 +11,7 @@
 //   (linux/fs/ext4/extents.c);
 // - replaced by a new file, with owner, permissions, access lists and extended attributes of the old one;
 // - in place from the first change to the end, when the file has several names, or no file with the same
-//   attributes can be made in its folder.
+//   attributes can be made in its folder, or its file system does not replace files safely (file_system.h).
 //
 // Any thread, one at a time for a file.
 #pragma once
@@ -36,42 +36,49 @@ struct TemporaryNames {
 struct ChangeOptions {
     /// The time of change that the file gets; else the present.
     std::optional<std::int64_t> modified;
-    std::optional<FileIdentity> restores;
+    /// What the file was like when its edit was begun; else as it is now.
+    std::optional<FileStatus> seen;
     bool may_shift = true;
 };
 
-/// A new file that takes the old one's place, or goes away.
+/// A new file that takes the old one's place, or goes away. It stays where it is the last that is left.
 class Replacement {
 public:
-    /// `name` is where it stands already; empty when it has no name yet.
-    Replacement(OpenFile file, std::string name) : file_(std::move(file)), name_(std::move(name)) {}
+    /// `name` is where it stands already, empty when it has no name yet; `path` is whose place it takes.
+    Replacement(OpenFile file, std::string name, std::string path)
+        : file_(std::move(file)), name_(std::move(name)), path_(std::move(path)) {}
     ~Replacement();
     Replacement(Replacement&& other) noexcept;
     Replacement& operator=(Replacement&& other) noexcept;
 
     const OpenFile& file() const { return file_; }
-    /// Renames it to `path`; it has the name `temporary` before. Throws what OpenFile throws.
-    void take_place(const std::string& temporary, const std::string& path);
+    /// Renames it; it has the name `temporary` before. Throws what OpenFile throws; LeftBetween when the old
+    /// file has gone and this one could not take its name.
+    void take_place(const std::string& temporary);
 
 private:
     void remove();
 
     OpenFile file_;
     std::string name_;
+    std::string path_;
 };
 
 struct PreparedChange {
     FileChange change;
+    /// Locked, as it was handed in.
     OpenFile file;
+    /// What the file was like when its edit was begun.
+    FileStatus seen;
     std::optional<Replacement> replacement;
 
     /// How many bytes of memory it takes, about.
     std::size_t memory() const;
 };
 
-/// `file` is open for reading and writing, under its own path. Requires: !edit.empty().
-/// Throws what OpenFile throws; nothing has happened then.
-PreparedChange prepare_change(OpenFile file, const FileEdit& edit, const ChangeOptions& options,
+/// `file` is open for reading and writing, under its own path, and `edit` was made of it. It is taken over.
+/// Requires: !edit.empty(). Throws what OpenFile throws; nothing has happened then, `file` included.
+PreparedChange prepare_change(OpenFile&& file, const FileEdit& edit, const ChangeOptions& options,
                               const TemporaryNames& names);
 
 /// What apply_change throws when the file system will not shift this file after all. The file is as before.
@@ -80,7 +87,8 @@ public:
     const char* what() const noexcept override { return "The file system cannot move the file's blocks"; }
 };
 
-/// What apply_change throws when the file could not be put back: it can be later, from the journal.
+/// What apply_change throws when the file could not be put back: it can be later, from the journal. The
+/// prepared change has the file open, and locked, until then.
 class LeftBetween : public vantaro_io::exception_io {
     using exception_io::exception_io;
 };

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <linux/falloc.h>
+#include <sys/file.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -40,6 +41,12 @@ int SystemCalls::open(const std::string& path, int flags) {
     if (fails(SystemCall::open))
         return -1;
     return uninterrupted([&] { return ::open(path.c_str(), flags | O_CLOEXEC); });
+}
+
+int SystemCalls::lock(int file) {
+    if (fails(SystemCall::lock))
+        return -1;
+    return uninterrupted([&] { return ::flock(file, LOCK_EX | LOCK_NB); });
 }
 
 int SystemCalls::create(const std::string& path) {
@@ -141,6 +148,10 @@ int SystemCalls::remove_attribute(int file, const char* name) {
 
 int SystemCalls::set_times(int file, const timespec times[2]) {
     return fails(SystemCall::set_times) ? -1 : ::futimens(file, times);
+}
+
+FileSystemTraits SystemCalls::file_system(int file) {
+    return FileSystemTraits::of(file);
 }
 
 SystemCalls& real_system_calls() {

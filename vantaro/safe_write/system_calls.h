@@ -10,6 +10,8 @@
 // Calls interrupted by a signal are made again. Any thread.
 #pragma once
 
+#include "vantaro/safe_write/file_system.h"
+
 #include <sys/stat.h>
 #include <sys/types.h>
 
@@ -22,6 +24,7 @@ namespace vantaro::core {
 
 enum class SystemCall {
     open,
+    lock,
     create,
     create_unnamed,
     read,
@@ -46,6 +49,8 @@ public:
     virtual ~SystemCalls() = default;
 
     int open(const std::string& path, int flags);
+    /// Locks an open file for one owner at a time. EWOULDBLOCK: somebody else has it.
+    int lock(int file);
     /// A new file, for its owner only, for reading and writing.
     int create(const std::string& path);
     /// The same without a name.
@@ -65,13 +70,15 @@ public:
     int sync_file_system(int file);
     /// Gives a file without a name one.
     int link_open_file(int file, const std::string& path);
-    int rename(const std::string& from, const std::string& to);
+    virtual int rename(const std::string& from, const std::string& to);
     int unlink(const std::string& path);
     int set_owner(int file, uid_t user, gid_t group);
     int set_mode(int file, mode_t mode);
     int set_attribute(int file, const char* name, const void* value, std::size_t size);
     int remove_attribute(int file, const char* name);
     int set_times(int file, const timespec times[2]);
+    /// What the file system of an open file is like.
+    virtual FileSystemTraits file_system(int file);
 
 protected:
     /// Called before each call. An errno: the call fails with it and is not made. 0: it is made. `size` is

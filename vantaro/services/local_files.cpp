@@ -7,6 +7,7 @@
 
 #include <fcntl.h>
 #include <linux/magic.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
 #include <unistd.h>
@@ -15,19 +16,36 @@
 #include <array>
 #include <cerrno>
 #include <string_view>
+#include <utility>
 
 namespace vantaro::core {
 
 namespace {
 
+/// Waits until something happens to the file, for a while (-1: as long as it takes) or until a flag is set.
+/// Throws: vantaro_io::exception_aborted.
+void wait(pollfd file, int milliseconds, const AbortFlag& abort, const AbortFlag& interrupt) {
+    std::array<pollfd, 3> all{file, {abort.wait_handle(), POLLIN, 0}, {interrupt.wait_handle(), POLLIN, 0}};
+    if (::poll(all.data(), all.size(), milliseconds) < 0 && errno != EINTR)
+        throw_system_error(errno);
+    abort.check();
+    interrupt.check();
+}
+
+bool is_named_pipe(const struct stat& file, int descriptor) {
+    struct statfs file_system;
+    return S_ISFIFO(file.st_mode)
+           && (::fstatfs(descriptor, &file_system) != 0
+               || static_cast<unsigned long>(file_system.f_type) != PIPEFS_MAGIC);
+}
+
 class LocalFile final : public HeapService<File>, private StreamReader, private StreamWriter {
 public:
-    LocalFile(const char* path, OpenMode mode)
-        : descriptor_(::open(
-            path, mode == OpenMode::read ? O_RDONLY | O_CLOEXEC : O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC,
-            0666)) {
-        if (descriptor_ < 0)
-            throw_system_error(errno);
+    LocalFile(const char* path, OpenMode mode, const AbortFlag& abort, const AbortFlag& interrupt)
+        : interrupt_(interrupt), descriptor_(open(path, mode, abort, interrupt)) {
+        struct stat file;
+        if (::fstat(descriptor_, &file) == 0)
+            has_no_writer_yet_ = mode == OpenMode::read && is_named_pipe(file, descriptor_);
     }
     ~LocalFile() override { ::close(descriptor_); }
 
@@ -46,12 +64,37 @@ public:
     }
 
 private:
+    /// A pipe without another end would keep open() waiting, and nothing would end that.
+    static int open(const char* path, OpenMode mode, const AbortFlag& abort, const AbortFlag& interrupt) {
+        const int flags = (mode == OpenMode::read ? O_RDONLY : O_WRONLY | O_CREAT | O_TRUNC) | O_NONBLOCK;
+        constexpr int moment = 20; // milliseconds
+        while (true) {
+            const int descriptor = ::open(path, flags | O_CLOEXEC, 0666);
+            if (descriptor >= 0)
+                return descriptor;
+            const int error = errno;
+            struct stat file;
+            const bool has_no_reader = error == ENXIO && ::stat(path, &file) == 0 && S_ISFIFO(file.st_mode);
+            if (error != EINTR && !has_no_reader)
+                throw_system_error(error);
+            wait({-1, 0, 0}, moment, abort, interrupt);
+        }
+    }
+    void wait_for(short events, const AbortFlag& abort) const {
+        wait({descriptor_, events, 0}, -1, abort, interrupt_);
+    }
+
     std::size_t read(void* buffer, std::size_t count, AbortFlag& abort) override {
         std::size_t total = 0;
         while (total < count) {
             abort.check();
+            // Until somebody has opened it for writing, reading finds the end.
+            if (std::exchange(has_no_writer_yet_, false))
+                wait_for(POLLIN, abort);
             const ssize_t got = ::read(descriptor_, static_cast<char*>(buffer) + total, count - total);
-            if (got < 0 && errno != EINTR)
+            if (got < 0 && errno == EAGAIN)
+                wait_for(POLLIN, abort);
+            else if (got < 0 && errno != EINTR)
                 throw_system_error(errno);
             if (got == 0)
                 break;
@@ -63,13 +106,17 @@ private:
         for (std::size_t total = 0; total < count;) {
             abort.check();
             const ssize_t put = ::write(descriptor_, static_cast<const char*>(data) + total, count - total);
-            if (put < 0 && errno != EINTR)
+            if (put < 0 && errno == EAGAIN)
+                wait_for(POLLOUT, abort);
+            else if (put < 0 && errno != EINTR)
                 throw_system_error(errno);
             total += static_cast<std::size_t>(std::max<ssize_t>(put, 0));
         }
     }
 
+    const AbortFlag& interrupt_;
     int descriptor_;
+    bool has_no_writer_yet_ = false;
 };
 
 class LocalInfoReader final : public HeapService<InputInfoReader> {
@@ -85,7 +132,7 @@ public:
         if (subsong != 0)
             throw vantaro_io::exception_io_not_found();
         TrackInfoRecord record;
-        read_tags(path_, record);
+        read_tags(path_, record, &abort);
         info.copy(record);
     }
 
@@ -117,7 +164,7 @@ bool LocalFileSystem::get_display_path(const char* path, TextSink& out) {
 
 File* LocalFileSystem::open(const char* path, OpenMode mode, AbortFlag& abort) {
     abort.check();
-    return make_service<LocalFile>(path, mode).detach();
+    return make_service<LocalFile>(path, mode, abort, interrupt_).detach();
 }
 
 bool TagReader::reads(const char*) {

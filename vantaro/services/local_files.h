@@ -10,12 +10,20 @@ namespace vantaro::core {
 
 class LocalFileSystem final : public StaticService<FileSystem> {
 public:
+    /// `interrupt`, which outlives the object and its files, ends waiting for the other end of a pipe,
+    /// whatever the caller's own flag says.
+    explicit LocalFileSystem(const AbortFlag& interrupt) : interrupt_(interrupt) {}
+
     /// Every path without a URL scheme.
     bool serves(const char* path) override;
     /// Whether the path lies on a network file system.
     bool is_remote(const char* path) override;
     bool get_display_path(const char* path, TextSink& out) override;
+    /// A file that is no regular one (a pipe, a terminal) may keep its reader or writer waiting.
     File* open(const char* path, OpenMode mode, AbortFlag& abort) override;
+
+private:
+    const AbortFlag& interrupt_;
 };
 
 class TagReader final : public StaticService<InputEntry> {

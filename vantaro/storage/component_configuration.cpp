@@ -1,6 +1,7 @@
 #include "vantaro/storage/component_configuration.h"
 
 #include "host/api/exceptions.h"
+#include "vantaro/storage/default_folders.h"
 #include "vantaro/storage/files.h"
 #include "vantaro/storage/records.h"
 
@@ -34,8 +35,10 @@ struct ComponentConfiguration::Outcome {
 
 ComponentConfiguration::ComponentConfiguration(const std::string& config_dir,
                                                std::string_view component_file_name)
-    : path_(std::filesystem::absolute(std::filesystem::path(config_dir) / component_file_name).string()
-            + ".cfg") {
+    : path_(config_dir.empty()
+                ? std::string()
+                : std::filesystem::absolute(std::filesystem::path(config_dir) / component_file_name).string()
+                      + ".cfg") {
     if (component_file_name.empty() || component_file_name.find('/') != std::string_view::npos
         || component_file_name.find('\0') != std::string_view::npos)
         throw std::invalid_argument("not the name of a component's file: "
@@ -45,6 +48,10 @@ ComponentConfiguration::ComponentConfiguration(const std::string& config_dir,
 ComponentConfiguration::LoadResult ComponentConfiguration::load() {
     base_.reset();
     LoadResult result;
+    if (path_.empty()) {
+        base_.emplace();
+        return result;
+    }
     const std::string file = follow_links(path_);
     std::optional<std::string> bytes = read_file(file);
     if (bytes && !parse_records(*bytes)) {
@@ -91,6 +98,11 @@ ComponentConfiguration::SaveResult ComponentConfiguration::save(std::string_view
     if (!base_)
         throw vantaro_io::exception_io_denied(path_
                                               + ": it could not be read and is therefore left as it is");
+    if (path_.empty()) {
+        if (bytes == *base_)
+            return {};
+        throw vantaro_io::exception_io_not_found(std::string("Settings are not stored: ") + no_home_folder);
+    }
     SaveResult result;
     const std::string file = follow_links(path_);
     // The usual case needs neither the lock nor a folder that may be written to.

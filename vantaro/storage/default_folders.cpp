@@ -1,7 +1,5 @@
 #include "vantaro/storage/default_folders.h"
 
-#include "host/api/exceptions.h"
-
 #include <pwd.h>
 #include <unistd.h>
 
@@ -27,14 +25,15 @@ std::string home() {
     if (::getpwuid_r(::geteuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr
         && found->pw_dir != nullptr && found->pw_dir[0] == '/')
         return found->pw_dir;
-    throw vantaro_io::exception_io_not_found("There is no home folder; set the variable HOME");
+    return {};
 }
 
 std::string folder(const char* variable, const char* below_home) {
     std::string base = absolute_path_in(variable);
-    if (base.empty())
-        base = home().append(below_home);
-    return base.append("/vantaro");
+    if (!base.empty())
+        return base.append("/vantaro");
+    base = home();
+    return base.empty() ? base : base.append(below_home).append("/vantaro");
 }
 
 } // namespace

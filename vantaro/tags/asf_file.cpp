@@ -20,6 +20,7 @@ public:
         : AudioFile(Format::asf), stream_(stream), file_(&stream, false) {
         if (!file_.isValid() || file_.tag() == nullptr)
             throw vantaro_io::exception_io_data();
+        restore_texts(stream);
         restore_order(stream);
         fields_.emplace(*file_.tag());
     }
@@ -34,6 +35,36 @@ public:
     }
 
 private:
+    void restore_texts(TagLib::IOStream& stream) {
+        const LongTexts texts = long_texts(stream);
+        const auto whole = [](const LongText& text) {
+            return TagLib::String(std::wstring(text.text.begin(), text.text.end()));
+        };
+        for (const LongText& text : texts.attributes) {
+            TagLib::ASF::AttributeList values = file_.tag()->attribute(to_taglib(text.name));
+            if (text.index >= values.size()
+                || values[static_cast<unsigned>(text.index)].type() != TagLib::ASF::Attribute::UnicodeType)
+                throw vantaro_io::exception_io_data();
+            // Only the text is another one.
+            const TagLib::ASF::Attribute old = values[static_cast<unsigned>(text.index)];
+            TagLib::ASF::Attribute& value = values[static_cast<unsigned>(text.index)];
+            value = TagLib::ASF::Attribute(whole(text));
+            value.setLanguage(old.language());
+            value.setStream(old.stream());
+            file_.tag()->setAttribute(to_taglib(text.name), values);
+        }
+        for (const LongText& text : texts.description) {
+            if (text.name == "Title")
+                file_.tag()->setTitle(whole(text));
+            else if (text.name == "Author")
+                file_.tag()->setArtist(whole(text));
+            else if (text.name == "Copyright")
+                file_.tag()->setCopyright(whole(text));
+            else
+                file_.tag()->setComment(whole(text));
+        }
+    }
+
     // TagLib lists the values of an attribute as their objects stand in the file, but writes the first one to
     // the description and the others to the library, which usually stands before it: each save would turn
     // the order of the values by one.

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace TagLib {
 class IOStream;
@@ -26,5 +27,19 @@ void pad_asf_header(TagLib::IOStream& stream, std::uint64_t room);
 /// The attributes of the extended content description and how many values each has there. Empty when that
 /// object stands in front of the metadata library, or the header is damaged.
 std::map<std::string, std::size_t> values_behind_library(TagLib::IOStream& stream);
+
+/// A text with a NUL in its middle. TagLib reads it up to there, and would write that.
+struct LongText {
+    std::string name;      ///< of the attribute
+    std::size_t index = 0; ///< among the attributes of this name, in the order of the file
+    std::u16string text;
+};
+/// Those of the attributes, and under "Title", "Author", "Copyright" and "Description" with the index 0 those
+/// of the content description.
+struct LongTexts {
+    std::vector<LongText> attributes;
+    std::vector<LongText> description;
+};
+LongTexts long_texts(TagLib::IOStream& stream);
 
 } // namespace vantaro::core::tags

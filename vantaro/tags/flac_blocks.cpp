@@ -10,6 +10,7 @@ namespace vantaro::core::tags {
 
 namespace {
 
+constexpr unsigned info_type = 0;
 constexpr unsigned padding_type = 1;
 constexpr unsigned comment_type = 4;
 constexpr std::size_t header_size = 4;
@@ -27,6 +28,9 @@ FlacBlocks::FlacBlocks(TagLib::IOStream& stream, std::size_t start) : stream_(st
         };
         last = (byte(0) & 0x80) != 0;
         const std::size_t size = byte(1) << 16 | byte(2) << 8 | byte(3);
+        // The first block and no other: a file with a hole would have billions of empty ones.
+        if (((byte(0) & 0x7F) == info_type) != blocks_.empty())
+            throw vantaro_io::exception_io_data();
         blocks_.push_back(
             {static_cast<unsigned>(byte(0) & 0x7F), read_bytes(stream, start_ + size_ + header_size, size)});
         size_ += header_size + size;

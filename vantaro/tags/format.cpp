@@ -118,9 +118,11 @@ std::optional<Format> format_of_name(std::string_view path) {
 
 std::optional<Format> find_format(TagLib::IOStream& stream, std::size_t start) {
     const std::string head = read_some(stream, start, 64);
+    const auto stands_at = [&](std::string_view text, std::size_t at) {
+        return std::string_view(head).substr(std::min(at, head.size())).starts_with(text);
+    };
     for (const Beginning& beginning : beginnings)
-        if (std::string_view(head).substr(std::min(beginning.at, head.size())).starts_with(beginning.text)
-            && (beginning.second.empty() || head.compare(8, beginning.second.size(), beginning.second) == 0))
+        if (stands_at(beginning.text, beginning.at) && stands_at(beginning.second, 8))
             return beginning.format;
     const char* name = stream.name();
     return name == nullptr ? std::nullopt : format_of_name(name);

@@ -10,6 +10,9 @@ namespace vantaro::core::tags {
 
 namespace {
 
+constexpr std::size_t id_size = 3;
+constexpr std::size_t header_size = 6;
+
 constexpr std::array<std::pair<std::string_view, std::string_view>, 71> new_names{{
     {"BUF", "RBUF"}, {"CNT", "PCNT"}, {"COM", "COMM"}, {"CRA", "AENC"}, {"EQU", "EQUA"}, {"ETC", "ETCO"},
     {"GEO", "GEOB"}, {"GP1", "GRP1"}, {"IPL", "IPLS"}, {"LNK", "LINK"}, {"MCI", "MCDI"}, {"MLL", "MLLT"},
@@ -33,14 +36,47 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 6> new_web_n
     {"WXX", "WXXX"},
 }};
 
-std::string new_name(std::string_view id) {
+// Empty when 2.3 has none.
+std::string_view new_name(std::string_view id) {
     for (const auto& [old_name, name] : new_names)
         if (old_name == id)
-            return std::string(name);
+            return name;
     for (const auto& [old_name, name] : new_web_names)
         if (old_name == id)
-            return std::string(name);
-    return "X" + std::string(id);
+            return name;
+    return {};
+}
+
+bool is_letter_or_digit(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+}
+
+bool is_name(std::string_view id) {
+    return std::ranges::all_of(id, is_letter_or_digit);
+}
+
+bool is_odd_name(std::string_view id) {
+    return std::ranges::all_of(
+        id, [](char c) { return is_letter_or_digit(c) || (c >= 'a' && c <= 'z') || c == ' '; });
+}
+
+// Whether another frame or padding starts there.
+bool is_frame_end(std::string_view bytes) {
+    return bytes.find_first_not_of('\0') == bytes.npos
+           || (bytes.size() >= header_size && is_odd_name(bytes.substr(0, id_size)));
+}
+
+} // namespace
+
+std::string name_of_v22(std::string_view id) {
+    if (id.size() != id_size + 1 || (id.back() != '\0' && id.back() != ' ') || is_picture_of_v22(id)
+        || id.starts_with("LNK"))
+        return {};
+    return std::string(new_name(id.substr(0, id_size)));
+}
+
+bool is_picture_of_v22(std::string_view id) {
+    return id == "PIC " || id == std::string_view("PIC\0", id_size + 1);
 }
 
 // A picture's format of three letters becomes a MIME type.
@@ -58,25 +94,24 @@ std::string converted_picture(std::string_view body) {
     return std::string(body.substr(0, 1)) + type + '\0' + std::string(body.substr(4));
 }
 
-bool is_name(std::string_view id) {
-    return std::ranges::all_of(id, [](char c) { return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'); });
-}
-
-} // namespace
-
-std::vector<Id3v2Frame> parse_v22_frames(std::string_view bytes) {
+std::vector<Id3v2Frame> take_v22_frames(std::string_view& bytes) {
     std::vector<Id3v2Frame> frames;
-    while (bytes.size() > 6 && is_name(bytes.substr(0, 3))) {
+    while (bytes.size() >= header_size) {
+        const std::string_view id = bytes.substr(0, id_size);
         std::size_t size = 0;
-        for (const char c : bytes.substr(3, 3))
+        for (const char c : bytes.substr(id_size, 3))
             size = size << 8 | static_cast<unsigned char>(c);
-        if (size > bytes.size() - 6)
+        if (size > bytes.size() - header_size)
             break;
-        Id3v2Frame frame{new_name(bytes.substr(0, 3)), 0, std::string(bytes.substr(6, size))};
+        if (!is_name(id) && !(is_odd_name(id) && is_frame_end(bytes.substr(header_size + size))))
+            break;
+        const std::string_view name = new_name(id);
+        Id3v2Frame frame{name.empty() ? "X" + std::string(id) : std::string(name), 0,
+                         std::string(bytes.substr(header_size, size))};
         if (frame.id == "APIC")
             frame.body = converted_picture(frame.body);
         frames.push_back(std::move(frame));
-        bytes.remove_prefix(6 + size);
+        bytes.remove_prefix(header_size + size);
     }
     return frames;
 }

@@ -32,7 +32,8 @@ bool Id3v2Fields::has_frame(std::string_view id) const {
 
 // The place of a text, user text or web frame in the table's terms; empty for all other frames.
 std::string Id3v2Fields::place_of(const Id3v2Frame& frame) const {
-    if (frame.id != "TXXX" && row_of_place(id3v2_places, frame.id) == nullptr)
+    if (const FieldPlace* row = row_of_place(id3v2_places, frame.id);
+        frame.id != "TXXX" && (row == nullptr || row->place != frame.id)) // frames' names have a case
         return {};
     const std::optional<std::string> content = frame_content(tag_, frame);
     if (!content || frame.id != "TXXX")

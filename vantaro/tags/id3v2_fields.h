@@ -35,7 +35,7 @@ public:
     void set(const std::string& name, const Values& values) override;
     std::string listed_name(const std::string& name) const override;
 
-    bool empty() const { return tag_.frames.empty(); }
+    bool empty() const { return tag_.frames.empty() && tag_.rest.empty(); }
     std::string render(std::size_t room) const { return render_id3v2(tag_, room); }
     std::string render(std::size_t room, std::size_t beside, std::size_t most) const {
         return render_id3v2(tag_, room, beside, most);

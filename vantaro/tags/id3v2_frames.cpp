@@ -6,6 +6,7 @@
 #include "vantaro/tags/tag_store.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vantaro::core::tags {
 
@@ -54,20 +55,94 @@ std::string without_unsynchronisation(std::string_view bytes) {
     return result;
 }
 
-// Some programs write plain sizes into 2.4 frames. What stands behind the frame tells which it is.
-std::size_t v24_frame_size(std::string_view bytes, std::size_t position) {
-    const std::string_view field = bytes.substr(position + 4, 4);
-    const std::size_t plain = number(field, 8);
-    if (!is_synchsafe(field))
-        return plain;
-    const std::size_t synchsafe = number(field, 7);
-    const auto ends_well = [&](std::size_t size) {
-        const std::size_t end = position + header_size + size;
-        return end == bytes.size()
-               || (end < bytes.size() && (bytes[end] == 0 || is_frame_id(bytes.substr(end, 4))));
-    };
-    return !ends_well(synchsafe) && ends_well(plain) ? plain : synchsafe;
+// Names that are none by the rules, of frames all the same: "tcom", and "TP1" with a blank or a NUL.
+bool is_odd_frame_id(std::string_view id) {
+    if (id.ends_with('\0'))
+        id.remove_suffix(1);
+    return std::ranges::all_of(id, [](char c) {
+        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == ' ';
+    });
 }
+
+/// The frames of a tag or of a chapter, from `position` on.
+class FrameReader {
+public:
+    FrameReader(std::string_view bytes, std::size_t position, unsigned version)
+        : bytes_(bytes), version_(version), padding_(bytes.find_last_not_of('\0') + 1) {
+        while (read_frame(position)) {
+        }
+        rest_ = std::min(position, bytes_.size());
+    }
+
+    std::vector<Id3v2Frame> take_frames() { return std::move(frames_); }
+    /// What is left; it may end with padding.
+    std::string_view left() const { return bytes_.substr(rest_); }
+    /// The same without padding. The zeros at the end of a frame that is cut off are its own.
+    std::string_view rest() const {
+        return is_cut_off_ ? left() : bytes_.substr(rest_, std::max(padding_, rest_) - rest_);
+    }
+
+private:
+    // How much speaks for a frame's end at a place.
+    enum class End { none, zero, odd_name, certain };
+
+    End end_at(std::size_t place) const {
+        if (place > bytes_.size())
+            return End::none;
+        if (place == bytes_.size() || place >= padding_)
+            return End::certain;
+        if (bytes_.size() - place >= header_size) {
+            if (is_frame_id(bytes_.substr(place, 4)))
+                return End::certain;
+            if (is_odd_frame_id(bytes_.substr(place, 4)))
+                return End::odd_name;
+        }
+        return bytes_[place] == 0 ? End::zero : End::none;
+    }
+
+    // Some programs write plain sizes into 2.4 frames. What stands behind the frame tells which it is. A zero
+    // says little: it may be padding, and it may be one of the many in a picture.
+    std::size_t frame_size(std::size_t position) const {
+        const std::string_view field = bytes_.substr(position + 4, 4);
+        const std::size_t plain = number(field, 8);
+        if (version_ != 4 || !is_synchsafe(field))
+            return plain;
+        const std::size_t synchsafe = number(field, 7);
+        const std::size_t body = position + header_size;
+        return end_at(body + plain) > end_at(body + synchsafe) ? plain : synchsafe;
+    }
+
+    bool read_frame(std::size_t& position) {
+        if (position > bytes_.size() || bytes_.size() - position < header_size || position >= padding_)
+            return false;
+        const std::string_view id = bytes_.substr(position, 4);
+        const bool is_usual = is_frame_id(id);
+        if (!is_usual && !is_odd_frame_id(id))
+            return false;
+        const std::size_t size = frame_size(position);
+        const std::size_t body = position + header_size;
+        if (size > bytes_.size() - body) {
+            is_cut_off_ = is_usual;
+            return false;
+        }
+        if (!is_usual && end_at(body + size) < End::odd_name)
+            return false;
+        const auto flags = static_cast<std::uint16_t>(number(bytes_.substr(position + 8, 2), 8));
+        Id3v2Frame& frame =
+            frames_.emplace_back(Id3v2Frame{std::string(id), flags, std::string(bytes_.substr(body, size))});
+        if (const std::string name = is_usual ? "" : name_of_v22(id); !name.empty())
+            frame.stored_id = std::exchange(frame.id, name);
+        position = body + size;
+        return true;
+    }
+
+    std::string_view bytes_;
+    unsigned version_;
+    std::size_t padding_; ///< from here on there are only zeros
+    std::size_t rest_ = 0;
+    bool is_cut_off_ = false;
+    std::vector<Id3v2Frame> frames_;
+};
 
 std::size_t extended_header_size(std::string_view bytes, unsigned version) {
     if (bytes.size() < 4)
@@ -77,32 +152,34 @@ std::size_t extended_header_size(std::string_view bytes, unsigned version) {
     return std::min(size, bytes.size());
 }
 
-// The frames from `position` on; what is left over at the end is padding or damage.
-std::vector<Id3v2Frame> parse_frames(std::string_view bytes, std::size_t position, unsigned version) {
-    std::vector<Id3v2Frame> frames;
-    while (position + header_size <= bytes.size() && is_frame_id(bytes.substr(position, 4))) {
-        const std::size_t size =
-            version == 4 ? v24_frame_size(bytes, position) : number(bytes.substr(position + 4, 4), 8);
-        if (size > bytes.size() - position - header_size)
-            break;
-        const auto flags = static_cast<std::uint16_t>(number(bytes.substr(position + 8, 2), 8));
-        frames.push_back({std::string(bytes.substr(position, 4)), flags,
-                          std::string(bytes.substr(position + header_size, size))});
-        position += header_size + size;
-    }
-    return frames;
-}
-
 std::string render_frames(const std::vector<Id3v2Frame>& frames, int version) {
     std::string result;
     for (const Id3v2Frame& frame : frames) {
-        result += frame.id;
+        result += frame.stored_id.empty() ? frame.id : frame.stored_id;
         result += number_bytes(frame.body.size(), version == 4 ? 7 : 8);
         result += static_cast<char>(frame.flags >> 8);
         result += static_cast<char>(frame.flags & 0xFF);
         result += frame.body;
     }
     return result;
+}
+
+std::string render_whole(const Id3v2Tag& tag, const std::string& content, std::size_t size) {
+    std::string result = "ID3";
+    result += static_cast<char>(tag.version);
+    result += std::string(2, '\0');
+    result += number_bytes(size - header_size, 7);
+    result += content;
+    result.resize(size);
+    return result;
+}
+
+// Whether the frames in these bytes end where those of the tag do.
+bool reads_back(const Id3v2Tag& tag, std::string_view bytes) {
+    FrameReader reader(bytes, header_size, static_cast<unsigned>(tag.version));
+    const std::vector<Id3v2Frame> frames = reader.take_frames();
+    return reader.rest() == tag.rest
+           && std::ranges::equal(frames, tag.frames, {}, &Id3v2Frame::body, &Id3v2Frame::body);
 }
 
 void restructure(std::vector<Id3v2Frame>& frames);
@@ -127,10 +204,10 @@ void restructure_chapter(Id3v2Frame& frame) {
     }
     if (head >= frame.body.size())
         return;
-    std::vector<Id3v2Frame> frames = parse_frames(frame.body, head, 3);
+    FrameReader reader(frame.body, head, 3);
+    std::vector<Id3v2Frame> frames = reader.take_frames();
     restructure(frames);
-    frame.body.resize(head);
-    frame.body += render_frames(frames, 4);
+    frame.body = frame.body.substr(0, head) + render_frames(frames, 4) + std::string(reader.left());
 }
 
 void restructure(std::vector<Id3v2Frame>& frames) {
@@ -138,6 +215,11 @@ void restructure(std::vector<Id3v2Frame>& frames) {
         if ((frame.flags & v23_coded) != 0)
             throw Refused("the ID3v2.3 tag has a compressed or encrypted frame, so it cannot become ID3v2.4");
         frame.flags = static_cast<std::uint16_t>(frame.flags >> 1 & 0x7000); // the status bits move by one
+        frame.stored_id.clear();
+        if (is_picture_of_v22(frame.id)) {
+            frame.id = "APIC";
+            frame.body = converted_picture(frame.body);
+        }
         if (frame.id == "CHAP" || frame.id == "CTOC")
             restructure_chapter(frame);
     }
@@ -168,10 +250,13 @@ Id3v2Tag parse_id3v2(std::string_view bytes) {
         decoded = without_unsynchronisation(bytes);
         bytes = decoded;
     }
-    if (version == 2)
-        return {3, parse_v22_frames(bytes)};
+    if (version == 2) {
+        std::vector<Id3v2Frame> frames = take_v22_frames(bytes);
+        return {3, std::move(frames), std::string(bytes.substr(0, bytes.find_last_not_of('\0') + 1)), true};
+    }
     const std::size_t start = (flags & 0x40) != 0 ? extended_header_size(bytes, version) : 0;
-    Id3v2Tag tag{static_cast<int>(version), parse_frames(bytes, start, version)};
+    FrameReader reader(bytes, start, version);
+    Id3v2Tag tag{static_cast<int>(version), reader.take_frames(), std::string(reader.rest())};
     // The header speaks for all frames; it is written back without that flag.
     if ((flags & 0x80) != 0 && version == 4)
         for (Id3v2Frame& frame : tag.frames)
@@ -180,18 +265,22 @@ Id3v2Tag parse_id3v2(std::string_view bytes) {
 }
 
 std::string render_id3v2(const Id3v2Tag& tag, std::size_t room, std::size_t beside, std::size_t most) {
-    std::string frames = render_frames(tag.frames, tag.version);
+    if (tag.was_v22 && !tag.rest.empty())
+        throw vantaro_io::exception_io("There is something behind the frames of the ID3v2.2 tag that is "
+                                       "none, so it cannot become ID3v2.3");
+    const std::string frames = render_frames(tag.frames, tag.version) + tag.rest;
     const std::size_t needed = header_size + frames.size();
     const std::size_t limit = std::min(largest_tag, most) + beside;
     const std::size_t size = padded_size(needed + beside, room, {.limit = limit}) - beside;
     if (size > largest_tag)
         throw vantaro_io::exception_io("The ID3v2 tag would become larger than 256 MiB");
-    std::string result = "ID3";
-    result += static_cast<char>(tag.version);
-    result += std::string(2, '\0');
-    result += number_bytes(size - header_size, 7);
-    result += frames;
-    result.resize(size);
+    std::string result = render_whole(tag, frames, size);
+    if (tag.rest.empty() || reads_back(tag, result))
+        return result;
+    // The rest is a frame that is cut off. Padding would make it whole again, and that must not be.
+    result = render_whole(tag, frames, needed);
+    if (!reads_back(tag, result))
+        throw vantaro_io::exception_io("The ID3v2 tag is damaged where its frames end");
     return result;
 }
 
@@ -214,6 +303,10 @@ std::optional<std::string> frame_content(const Id3v2Tag& tag, const Id3v2Frame& 
 }
 
 void restructure_as_v24(Id3v2Tag& tag) {
+    if (!tag.rest.empty())
+        throw Refused(
+            "there is something behind the frames of the ID3v2.3 tag that is none, so it cannot become"
+            " ID3v2.4");
     restructure(tag.frames);
     tag.version = 4;
 }

@@ -18,6 +18,7 @@ InfoFields::InfoFields(std::string_view bytes) {
         entries_.push_back({id, std::string(bytes.substr(0, size))});
         bytes.remove_prefix(std::min(size + size % 2, bytes.size()));
     }
+    rest_ = bytes;
 }
 
 std::string InfoFields::render() const {
@@ -29,7 +30,7 @@ std::string InfoFields::render() const {
         result += entry.body;
         result.append(entry.body.size() % 2, '\0');
     }
-    return result;
+    return result + rest_;
 }
 
 std::vector<TrackField> InfoFields::fields() const {

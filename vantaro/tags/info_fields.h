@@ -17,7 +17,7 @@ public:
     std::vector<TrackField> fields() const override;
     void set(const std::string& name, const Values& values) override;
 
-    bool empty() const { return entries_.empty(); }
+    bool empty() const { return entries_.empty() && rest_.empty(); }
     std::string render() const;
 
 private:
@@ -26,6 +26,7 @@ private:
         std::string body;
     };
     std::vector<Entry> entries_;
+    std::string rest_; ///< too short for an entry
 };
 
 } // namespace vantaro::core::tags

@@ -1,6 +1,7 @@
 #include "vantaro/tags/mp4_check.h"
 
 #include "host/api/exceptions.h"
+#include "vantaro/tags/mp4_data.h"
 #include "vantaro/tags/stream_bytes.h"
 
 #include <algorithm>
@@ -16,13 +17,6 @@ constexpr std::size_t long_header_size = 16;
 constexpr int deepest = 16;
 constexpr std::array<std::string_view, 11> containers{"moov", "udta", "mdia", "meta", "ilst", "stbl",
                                                       "minf", "moof", "traf", "trak", "stsd"};
-
-std::uint64_t big_endian(std::string_view bytes) {
-    std::uint64_t result = 0;
-    for (const char c : bytes)
-        result = result << 8 | static_cast<unsigned char>(c);
-    return result;
-}
 
 void check_table(TagLib::IOStream& stream, std::size_t start, std::size_t size, std::size_t entry_size) {
     constexpr std::size_t head = 16; // header, version and flags, count

@@ -44,20 +44,6 @@ const NumberAtom* number_atom(std::string_view name) {
     return found == number_atoms.end() ? nullptr : &*found;
 }
 
-std::uint64_t big_endian(std::string_view bytes) {
-    std::uint64_t result = 0;
-    for (const char c : bytes)
-        result = result << 8 | static_cast<unsigned char>(c);
-    return result;
-}
-
-std::string big_endian_bytes(std::uint64_t value, std::size_t size) {
-    std::string result;
-    for (std::size_t i = size; i-- > 0;)
-        result += static_cast<char>(value >> (8 * i) & 0xFF);
-    return result;
-}
-
 struct Data {
     std::uint32_t type;
     std::string_view payload;
@@ -110,6 +96,20 @@ std::optional<std::string> genre_of(const Data& data) {
 }
 
 } // namespace
+
+std::uint64_t big_endian(std::string_view bytes) {
+    std::uint64_t result = 0;
+    for (const char c : bytes)
+        result = result << 8 | static_cast<unsigned char>(c);
+    return result;
+}
+
+std::string big_endian_bytes(std::uint64_t value, std::size_t size) {
+    std::string result;
+    for (std::size_t i = size; i-- > 0;)
+        result += static_cast<char>(value >> (8 * i) & 0xFF);
+    return result;
+}
 
 Mp4Kind mp4_kind(std::string_view atom_name) {
     const NumberAtom* atom = number_atom(atom_name);

@@ -1,4 +1,4 @@
-// The insides of an item list's atoms.
+// The insides of an item list's atoms, and the numbers of all.
 #pragma once
 
 #include "vantaro/tags/text.h"
@@ -10,6 +10,9 @@
 #include <vector>
 
 namespace vantaro::core::tags {
+
+std::uint64_t big_endian(std::string_view bytes);
+std::string big_endian_bytes(std::uint64_t value, std::size_t size);
 
 enum class Mp4Kind { text, pair, number, flag };
 /// What the atom of this name holds by its definition.

@@ -35,8 +35,8 @@ public:
     }
     TagStore* add_customary_tag() override { return fields_ ? nullptr : &fields_.emplace(); }
 
-    // TagLib lays out the file, with all that depends on the size of the list. The atoms are then written as
-    // they are: TagLib itself would lose those of unknown types and all but one of those with the same name.
+    // TagLib itself would lose atoms of unknown types and all but one of those with the same name, and would
+    // leave fragments where they were.
     void save() override {
         const std::string list = make_atom("ilst", fields_ ? fields_->render() : std::string());
         write_mp4_list(stream_, make_mp4_room(stream_, list.size()), list);

@@ -2,13 +2,12 @@
 
 #include "host/api/exceptions.h"
 #include "vantaro/tags/mp4_data.h"
+#include "vantaro/tags/mp4_offsets.h"
 #include "vantaro/tags/padding.h"
 #include "vantaro/tags/raw_file.h"
 #include "vantaro/tags/stream_bytes.h"
 
 #include <mp4atom.h>
-#include <mp4file.h>
-#include <mp4tag.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -22,12 +21,7 @@ namespace vantaro::core::tags {
 namespace {
 
 constexpr std::size_t header_size = 8;
-// A text item has the header of its own and that of the data.
-constexpr std::size_t smallest_text_item = 24;
 constexpr std::size_t largest_atom = 0xFFFFFFFF;
-constexpr std::size_t largest_offset = 0xFFFFFFFF;
-// TagLib pads a list that outgrows its place to a multiple of this, plus the header of the padding.
-constexpr std::size_t taglib_unit = 1024;
 
 struct Place {
     std::size_t start;
@@ -46,20 +40,45 @@ std::optional<Place> place_of(const TagLib::MP4::Atom& atom, std::size_t limit) 
     return Place{start, start + length, atom.name == "free"};
 }
 
-// Nothing when the file has no item list.
-std::optional<Mp4Room> find_room(TagLib::IOStream& stream) {
-    RawFile file(stream);
-    TagLib::MP4::Atoms atoms(&file);
-    const TagLib::MP4::AtomList path = atoms.path("moov", "udta", "meta", "ilst");
-    if (path.size() != 4)
+// The size that an atom's header says, where it does: it may also be "up to the end".
+struct SizeField {
+    std::size_t place;
+    std::size_t width;
+    std::uint64_t value;
+};
+
+std::optional<SizeField> size_of(TagLib::IOStream& stream, const TagLib::MP4::Atom& atom) {
+    const auto start = static_cast<std::size_t>(atom.offset);
+    const std::uint64_t size = big_endian(read_bytes(stream, start, 4));
+    if (size == 0)
         return std::nullopt;
-    const TagLib::MP4::Atom* list = path[3];
-    const std::optional<Place> meta = place_of(*path[2], stream_size(stream));
-    const std::optional<Place> place = meta ? place_of(*list, meta->end) : std::nullopt;
+    if (size != 1)
+        return SizeField{start, 4, size};
+    return SizeField{start + header_size, 8, big_endian(read_bytes(stream, start + header_size, 8))};
+}
+
+// The item list of a file, or where a new one goes.
+struct Layout {
+    Mp4Room room;
+    std::vector<const TagLib::MP4::Atom*> parents; ///< that grow with the room
+    std::string head;                              ///< the new atoms around a new list, up to it
+};
+
+// The atom that holds a new list: `size` is what the list and the padding have.
+std::string head_of_new_list(std::size_t size, bool with_container) {
+    const std::string handler = make_atom("hdlr", std::string(8, '\0') + "mdirappl" + std::string(9, '\0'));
+    const std::size_t meta_size = header_size + 4 + handler.size() + size;
+    const std::string meta = atom_header("meta", meta_size) + std::string(4, '\0') + handler;
+    return (with_container ? atom_header("udta", header_size + meta_size) : std::string()) + meta;
+}
+
+Mp4Room room_around(const TagLib::MP4::Atom& list, const TagLib::MP4::Atom& parent, std::size_t file_size) {
+    const std::optional<Place> meta = place_of(parent, file_size);
+    const std::optional<Place> place = meta ? place_of(list, meta->end) : std::nullopt;
     if (!place)
         throw vantaro_io::exception_io_data();
-    const std::vector<const TagLib::MP4::Atom*> children(path[2]->children.begin(), path[2]->children.end());
-    const auto middle = std::ranges::find(children, list);
+    const std::vector<const TagLib::MP4::Atom*> children(parent.children.begin(), parent.children.end());
+    const auto middle = std::ranges::find(children, &list);
 
     Mp4Room room{place->start, place->end, place->end};
     for (auto i = middle; i != children.begin();) {
@@ -77,99 +96,59 @@ std::optional<Mp4Room> find_room(TagLib::IOStream& stream) {
     return room;
 }
 
-// By how much the file may grow within "moov": TagLib does not notice when the place of audio behind it
-// becomes too large for a table with 32 bits.
-std::size_t most_growth(TagLib::IOStream& stream) {
-    RawFile file(stream);
-    TagLib::MP4::Atoms atoms(&file);
-    TagLib::MP4::Atom* movie = atoms.find("moov");
-    if (movie == nullptr)
+Layout find_layout(TagLib::IOStream& stream, TagLib::MP4::Atoms& atoms) {
+    const std::size_t file_size = stream_size(stream);
+    const TagLib::MP4::AtomList list = atoms.path("moov", "udta", "meta", "ilst");
+    if (list.size() == 4)
+        return {room_around(*list[3], *list[2], file_size), {list[0], list[1], list[2]}, {}};
+    // A new one stands in front of what its parent holds.
+    TagLib::MP4::AtomList parents = atoms.path("moov", "udta");
+    if (parents.size() != 2)
+        parents = atoms.path("moov");
+    if (parents.isEmpty())
         throw vantaro_io::exception_io_data();
-    constexpr std::size_t head = 12; // header, version and flags; then come the count and the offsets
-    std::size_t last = 0;
-    for (const TagLib::MP4::Atom* atom : movie->findall("stco", true)) {
-        const std::optional<Place> place = place_of(*atom, stream_size(stream));
-        if (!place || place->end - place->start < head + 4)
-            throw vantaro_io::exception_io_data();
-        const TagLib::ByteVector table =
-            to_byte_vector(read_bytes(stream, place->start + head, place->end - place->start - head));
-        const unsigned count = std::min(table.toUInt(0U), table.size() / 4 - 1);
-        for (unsigned i = 1; i <= count; ++i)
-            if (const unsigned offset = table.toUInt(4 * i); offset > movie->offset)
-                last = std::max<std::size_t>(last, offset);
-    }
-    return largest_offset - last;
-}
-
-// Makes TagLib give the item list this size, with one item that fills it.
-void lay_out(TagLib::IOStream& stream, std::size_t list_size) {
-    // In a file with overlapping atoms TagLib could take anything for a table of offsets, and its length for
-    // that of the table.
-    FixedStream fixed(stream);
-    TagLib::MP4::File file(&fixed, false);
-    if (!file.isValid() || file.tag() == nullptr)
+    const std::optional<Place> parent = place_of(*parents.back(), file_size);
+    if (!parent)
         throw vantaro_io::exception_io_data();
-    const TagLib::MP4::ItemMap items = file.tag()->itemMap();
-    for (const auto& [name, item] : items)
-        file.tag()->removeItem(name);
-    if (list_size >= header_size + smallest_text_item)
-        file.tag()->setItem("\251nam", TagLib::StringList(to_taglib(
-                                           std::string(list_size - header_size - smallest_text_item, ' '))));
-    if (!file.save())
-        throw vantaro_io::exception_io();
-}
-
-// Makes the room longer by `size` bytes.
-//
-// The list and padding that TagLib lays out come to 8 bytes more than a multiple of 1024, whatever stood
-// there before. So it is shown only as much of the room as makes the difference come out right; the rest is
-// given a name that TagLib does not take for padding.
-Mp4Room grow(TagLib::IOStream& stream, const Mp4Room& room, std::size_t size) {
-    std::size_t shown = header_size + (taglib_unit - size % taglib_unit) % taglib_unit;
-    if (shown > header_size && shown < 2 * header_size)
-        shown += taglib_unit;
-    if (shown + header_size <= room.size()) {
-        std::string content;
-        if (shown > header_size)
-            content = make_atom("free", std::string(shown - 2 * header_size, '\0'));
-        const std::string hidden = atom_header("skip", room.size() - shown);
-        const std::string bytes = make_atom("ilst", content) + hidden;
-        replace_bytes(stream, room.start, bytes.size(), bytes);
-    } else {
-        shown = room.size();
-    }
-    const std::size_t before = stream_size(stream);
-    lay_out(stream, shown + size - header_size);
-    const std::size_t grown = stream_size(stream) - before;
-    const std::optional<Mp4Room> laid_out = find_room(stream);
-    if (!laid_out || laid_out->start != room.start || laid_out->size() != shown + grown || grown < size)
-        throw vantaro_io::exception_io("The item list could not be written");
-    return {room.start, room.list_end + grown, room.end + grown};
+    const std::optional<SizeField> size = size_of(stream, *parents.back());
+    const std::size_t start = parent->start + (size && size->width == 8 ? 2 : 1) * header_size;
+    return {
+        {start, start, start}, {parents.begin(), parents.end()}, head_of_new_list(0, parents.size() == 1)};
 }
 
 } // namespace
 
 Mp4Room make_mp4_room(TagLib::IOStream& stream, std::size_t needed) {
-    const std::size_t before = stream_size(stream);
-    std::optional<Mp4Room> room = find_room(stream);
-    const std::size_t old_size = room ? room->size() : 0;
-    const std::size_t most = most_growth(stream);
-    std::size_t around = 0; // the new atoms that hold a new list
-    if (!room) {
-        lay_out(stream, header_size);
-        room = find_room(stream);
-        if (!room)
-            throw vantaro_io::exception_io("The item list could not be written");
-        around = stream_size(stream) - before - room->size();
-    }
-    std::size_t size = padded_size(around + needed, old_size, {.header = header_size}) - around;
-    if (size + around > old_size + most)
-        size = needed + header_size; // TagLib cannot lay out every size: the smallest has the best chances
-    if (size > room->size())
-        room = grow(stream, *room, size - room->size());
-    if (stream_size(stream) - before > most)
-        throw vantaro_io::exception_io("The file would become too large for its table of 32-bit offsets");
-    return *room;
+    RawFile file(stream);
+    TagLib::MP4::Atoms atoms(&file);
+    Layout layout = find_layout(stream, atoms);
+    Mp4Room& room = layout.room;
+    const std::size_t around = layout.head.size();
+    if (padded_size(around + needed, room.size(), {.header = header_size}) == room.size())
+        return room;
+
+    const Mp4Offsets offsets(stream, atoms, room.end);
+    std::size_t most = std::min(offsets.most_growth(), largest_atom - room.size());
+    std::vector<SizeField> sizes;
+    for (const TagLib::MP4::Atom* parent : layout.parents)
+        if (const std::optional<SizeField> size = size_of(stream, *parent)) {
+            if (size->width == 4)
+                most = std::min<std::size_t>(most, largest_atom - size->value);
+            sizes.push_back(*size);
+        }
+    const PaddingForm form{.header = header_size, .limit = room.size() + most};
+    const std::size_t size = padded_size(around + needed, room.size(), form);
+    const std::size_t growth = size - room.size();
+    if (growth > most)
+        throw vantaro_io::exception_io("The file would become too large for its 32-bit offsets");
+
+    if (around > 0)
+        layout.head = head_of_new_list(size - around, layout.parents.size() == 1);
+    replace_bytes(stream, room.end, 0, layout.head + std::string(growth - around, '\0'));
+    offsets.move(stream, growth);
+    for (const SizeField& field : sizes)
+        replace_bytes(stream, field.place, field.width, big_endian_bytes(field.value + growth, field.width));
+    return {room.start + around, room.list_end + around, room.end + growth};
 }
 
 void write_mp4_list(TagLib::IOStream& stream, const Mp4Room& room, std::string_view list) {

@@ -25,8 +25,9 @@ struct Mp4Room {
 
 /// Room for an item list of `needed` bytes with its header, as padding.h says. When there is not enough, or
 /// no list, the file grows: all sizes and offsets in it are then right, but only write_mp4_list makes the
-/// room an item list again. Throws exception_io_data when the present list reaches beyond the atom that holds
-/// it, and exception_io when the file cannot be laid out.
+/// room an item list again. Throws before anything is changed: exception_io_data when the present list
+/// reaches beyond the atom that holds it, or what has to move is damaged, and exception_io when it cannot
+/// move.
 Mp4Room make_mp4_room(TagLib::IOStream& stream, std::size_t needed);
 
 /// Writes the atom `list` at the start of the room and one free atom over the rest of it.

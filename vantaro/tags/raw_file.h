@@ -11,6 +11,9 @@ public:
     /// `stream` outlives this.
     explicit RawFile(TagLib::IOStream& stream) : TagLib::File(&stream) {}
 
+    /// How many bytes TagLib reads at a time when it looks for something.
+    static unsigned search_unit() { return bufferSize(); }
+
     TagLib::Tag* tag() const override { return nullptr; }
     TagLib::AudioProperties* audioProperties() const override { return nullptr; }
     bool save() override { return false; }

@@ -55,10 +55,4 @@ void WindowStream::seek(long offset, Position position) {
     position_ = std::max(base + offset, 0L);
 }
 
-void FixedStream::writeBlock(const TagLib::ByteVector& data) {
-    if (stream_.tell() < 0 || stream_.tell() + static_cast<long>(data.size()) > stream_.length())
-        throw vantaro_io::exception_io_data();
-    stream_.writeBlock(data);
-}
-
 } // namespace vantaro::core::tags

@@ -42,31 +42,4 @@ private:
     long position_ = 0;
 };
 
-/// Another stream, which writeBlock cannot make longer: it throws exception_io_data instead.
-class FixedStream final : public TagLib::IOStream {
-public:
-    /// `stream` outlives this.
-    explicit FixedStream(TagLib::IOStream& stream) : stream_(stream) {}
-
-    TagLib::FileName name() const override { return stream_.name(); }
-    TagLib::ByteVector readBlock(unsigned long length) override { return stream_.readBlock(length); }
-    void writeBlock(const TagLib::ByteVector& data) override;
-    void insert(const TagLib::ByteVector& data, unsigned long start, unsigned long replace) override {
-        stream_.insert(data, start, replace);
-    }
-    void removeBlock(unsigned long start, unsigned long length) override {
-        stream_.removeBlock(start, length);
-    }
-    bool readOnly() const override { return stream_.readOnly(); }
-    bool isOpen() const override { return stream_.isOpen(); }
-    void seek(long offset, Position position) override { stream_.seek(offset, position); }
-    void clear() override { stream_.clear(); }
-    long tell() const override { return stream_.tell(); }
-    long length() override { return stream_.length(); }
-    void truncate(long length) override { stream_.truncate(length); }
-
-private:
-    TagLib::IOStream& stream_;
-};
-
 } // namespace vantaro::core::tags

@@ -1,40 +1,20 @@
 #include "vantaro/tags/tag_file.h"
 
 #include "host/api/exceptions.h"
-#include "vantaro/common/system_error.h"
 #include "vantaro/common/utf8.h"
 #include "vantaro/tags/audio_file.h"
 #include "vantaro/tags/number_pair.h"
+#include "vantaro/tags/read_stream.h"
 #include "vantaro/tags/technical.h"
-
-#include <tfilestream.h>
-
-#include <sys/stat.h>
-#include <unistd.h>
+#include "vantaro/tags/watched_stream.h"
 
 #include <algorithm>
-#include <cerrno>
 
 namespace vantaro::core {
 
 namespace {
 
 using namespace tags;
-
-// TagLib tells only that a file cannot be opened, and would wait for ever at a pipe.
-void check_file(const std::string& path) {
-    struct stat status = {};
-    if (path.find('\0') != std::string::npos)
-        throw vantaro_io::exception_io_not_found();
-    if (::stat(path.c_str(), &status) != 0)
-        throw_system_error(errno);
-    if (S_ISDIR(status.st_mode))
-        throw_system_error(EISDIR);
-    if (!S_ISREG(status.st_mode))
-        throw vantaro_io::exception_io_data();
-    if (::access(path.c_str(), R_OK) != 0)
-        throw_system_error(errno);
-}
 
 // A field of one tag that a tag before it has is left out.
 std::vector<TrackField> merged_fields(AudioFile& file) {
@@ -153,6 +133,18 @@ void apply_changes(AudioFile& file, const std::vector<FieldChange>& changes) {
     throw vantaro_io::exception_io(refusal);
 }
 
+// Opens a file and does `work` with it. What goes wrong because of an abort is nothing but that.
+template <class Work>
+void read_whole(WatchedStream& stream, const Work& work) {
+    try {
+        work(*open_audio_file(stream));
+    } catch (const std::exception&) {
+        stream.check_abort();
+        throw;
+    }
+    stream.check_abort();
+}
+
 } // namespace
 
 std::vector<FieldChange> field_changes(const std::vector<TrackField>& before,
@@ -169,36 +161,48 @@ std::vector<FieldChange> field_changes(const std::vector<TrackField>& before,
     return changes;
 }
 
-void read_tags(const std::string& path, TrackInfoRecord& info) {
-    check_file(path);
-    TagLib::FileStream stream(path.c_str(), true);
-    if (!stream.isOpen())
-        throw vantaro_io::exception_io_denied();
-    read_tags(stream, info);
-}
-
-void read_tags(TagLib::IOStream& stream, TrackInfoRecord& info) {
-    const std::unique_ptr<AudioFile> file = open_audio_file(stream);
+void read_tags(const std::string& path, TrackInfoRecord& info, const AbortFlag* abort) {
+    ReadStream stream = ReadStream::open(path);
     TrackInfoRecord result;
-    result.set_fields(merged_fields(*file));
-    read_technical(stream, *file, result);
-    result.set_replay_gain(find_replay_gain(result.fields(), file->format()));
+    try {
+        read_tags(stream, result, abort);
+    } catch (const vantaro_io::exception_io_data&) {
+        stream.check(); // says better what is wrong
+        throw;
+    }
+    stream.check();
     info = std::move(result);
 }
 
-WriteResult write_tags(TagLib::IOStream& stream, std::span<const FieldChange> changes) {
+void read_tags(TagLib::IOStream& stream, TrackInfoRecord& info, const AbortFlag* abort) {
+    WatchedStream watched(stream, abort);
+    TrackInfoRecord result;
+    read_whole(watched, [&](AudioFile& file) {
+        result.set_fields(merged_fields(file));
+        read_technical(watched, file, result);
+        result.set_replay_gain(find_replay_gain(result.fields(), file.format()));
+    });
+    info = std::move(result);
+}
+
+WriteResult write_tags(TagLib::IOStream& stream, std::span<const FieldChange> changes,
+                       const AbortFlag* abort) {
     if (stream.readOnly())
         throw vantaro_io::exception_io_denied();
-    const std::unique_ptr<AudioFile> file = open_audio_file(stream);
-    TrackInfoRecord audio;
-    read_technical(stream, *file, audio); // throws when the file is damaged
-    const std::vector<TrackField> before = merged_fields(*file);
-    apply_changes(*file, normalised(changes));
+    WatchedStream watched(stream, abort);
     WriteResult result;
-    result.fields = merged_fields(*file);
-    result.is_written = !field_changes(before, result.fields).empty();
-    if (result.is_written)
-        file->save();
+    read_whole(watched, [&](AudioFile& file) {
+        TrackInfoRecord audio;
+        read_technical(watched, file, audio); // throws when the file is damaged
+        watched.check_abort();
+        const std::vector<TrackField> before = merged_fields(file);
+        apply_changes(file, normalised(changes));
+        result.fields = merged_fields(file);
+        result.is_written = !field_changes(before, result.fields).empty();
+        watched.allow_searches();
+        if (result.is_written)
+            file.save();
+    });
     return result;
 }
 

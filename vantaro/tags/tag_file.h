@@ -30,6 +30,7 @@
 // All functions may be called from any thread, on different files at the same time.
 #pragma once
 
+#include "host/api/abort_flag.h"
 #include "host/api/track_info_record.h"
 
 #include <span>
@@ -64,11 +65,15 @@ std::vector<FieldChange> field_changes(const std::vector<TrackField>& before,
 /// cue_embedded ("yes" or "no") for the formats that customarily carry a cue sheet.
 ///
 /// Throws exception_io_not_found, exception_io_denied, exception_io (with the system's text) when the file
-/// cannot be read, exception_io_data when it is no audio file or damaged. `info` is then unchanged.
-void read_tags(const std::string& path, TrackInfoRecord& info);
+/// cannot be read, exception_io_data when it is no audio file or damaged, exception_aborted soon after
+/// `abort` is set. `info` is then unchanged.
+///
+/// A file whose first frame of audio is not found within 16 MiB, or the last one within 64 MiB, counts as
+/// damaged.
+void read_tags(const std::string& path, TrackInfoRecord& info, const AbortFlag* abort = nullptr);
 
 /// The same on an open stream; the file is not opened again beside it. The stream's name gives the extension.
-void read_tags(TagLib::IOStream& stream, TrackInfoRecord& info);
+void read_tags(TagLib::IOStream& stream, TrackInfoRecord& info, const AbortFlag* abort = nullptr);
 
 /// What writing came to.
 struct WriteResult {
@@ -88,9 +93,10 @@ struct WriteResult {
 ///
 /// Throws what read_tags throws; exception_io_denied when the stream may not be written; exception_io naming
 /// the field and the reason when the format cannot hold a name or a value. The stream is untouched then. A
-/// failure of the stream while the new tags are written can leave it half written: hand in one that keeps the
-/// edit apart from the file (EditStream).
-WriteResult write_tags(TagLib::IOStream& stream, std::span<const FieldChange> changes);
+/// failure of the stream, or an abort, while the new tags are written can leave it half written: hand in one
+/// that keeps the edit apart from the file (EditStream).
+WriteResult write_tags(TagLib::IOStream& stream, std::span<const FieldChange> changes,
+                       const AbortFlag* abort = nullptr);
 
 /// Whether the extension is one of an audio format that read_tags knows. Looks at the name only.
 bool is_audio_file_name(std::string_view path);

@@ -5,7 +5,6 @@
 #include "vantaro/tags/flac_blocks.h"
 #include "vantaro/tags/id3v1_fields.h"
 #include "vantaro/tags/id3v2_fields.h"
-#include "vantaro/tags/raw_file.h"
 #include "vantaro/tags/stream_bytes.h"
 #include "vantaro/tags/xiph_fields.h"
 
@@ -15,7 +14,6 @@ namespace vantaro::core::tags {
 
 namespace {
 
-constexpr std::size_t ape_footer_size = 32;
 constexpr std::string_view ape_mark = "APETAGEX";
 constexpr std::string_view lyrics3_mark = "LYRICS200";
 constexpr std::size_t lyrics3_size_digits = 6;
@@ -71,6 +69,8 @@ public:
 
     // From back to front, so that the places in front stay valid.
     void save() override {
+        // The one that can fail, before anything is changed.
+        const std::string id3v2 = id3v2_ && !id3v2_->empty() ? id3v2_->render(id3v2_room_) : std::string();
         if (id3v1_)
             replace_bytes(stream_, id3v1_start_, id3v1_size, id3v1_->render());
         if (ape_)
@@ -78,7 +78,7 @@ public:
         if (xiph_)
             blocks_->write_comment(xiph_->render());
         if (id3v2_)
-            replace_bytes(stream_, 0, id3v2_room_, id3v2_->empty() ? "" : id3v2_->render(id3v2_room_));
+            replace_bytes(stream_, 0, id3v2_room_, id3v2);
     }
 
     std::size_t audio_start() const override { return start_; }
@@ -130,13 +130,15 @@ private:
         const std::string footer = read_bytes(stream_, end_ - ape_footer_size, ape_footer_size);
         if (!footer.starts_with(ape_mark))
             return;
-        const bool has_header = (static_cast<unsigned char>(footer[23]) & 0x80) != 0;
-        const std::size_t size =
-            little_endian(std::string_view(footer).substr(12, 4)) + (has_header ? ape_footer_size : 0);
+        std::size_t size = little_endian(std::string_view(footer).substr(12, 4));
         if (size < ape_footer_size || size > end_ - start_)
             throw vantaro_io::exception_io_data("The APE tag is damaged");
-        RawFile file(stream_);
-        ape_.emplace(std::make_unique<TagLib::APE::Tag>(&file, static_cast<long>(end_ - ape_footer_size)));
+        // Whatever its flag says, a header is only what looks like one.
+        const std::size_t header =
+            end_ - start_ - size < ape_footer_size ? end_ : end_ - size - ape_footer_size;
+        if (read_some(stream_, header, ape_mark.size()) == ape_mark)
+            size += ape_footer_size;
+        ape_.emplace(read_bytes(stream_, end_ - size, size));
         ape_start_ = end_ - size;
         ape_size_ = size;
     }

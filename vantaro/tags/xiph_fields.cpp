@@ -57,7 +57,7 @@ XiphFields::XiphFields(std::string_view bytes) {
         const std::size_t sign = comment.find('=');
         // Without a sign there is no name; the text stays in the file as it is.
         if (sign == std::string::npos)
-            comments_.push_back({"", std::move(comment)});
+            comments_.push_back({"", std::move(comment), false});
         else
             comments_.push_back({comment.substr(0, sign), comment.substr(sign + 1)});
     }
@@ -77,7 +77,7 @@ std::string XiphFields::render() const {
     for (unsigned i = 0; i < 4; ++i)
         result += static_cast<char>(comments_.size() >> (8 * i) & 0xFF);
     for (const Comment& comment : comments_)
-        append_counted(result, comment.name.empty() ? comment.value : comment.name + "=" + comment.value);
+        append_counted(result, comment.has_sign ? comment.name + "=" + comment.value : comment.value);
     return result + rest_;
 }
 

@@ -36,6 +36,7 @@ private:
     struct Comment {
         std::string name;
         std::string value;
+        bool has_sign = true; ///< a "=" between them
     };
 
     bool has(std::string_view name) const;

@@ -8,6 +8,8 @@ namespace vantaro::core {
 namespace {
 
 constexpr std::array ending_signals{SIGINT, SIGTERM, SIGHUP};
+/// Without them the write that caused one fails, as it does for any other reason.
+constexpr std::array failing_writes{SIGPIPE, SIGXFSZ};
 
 std::atomic<AbortSignal*> current_flag{nullptr};
 
@@ -29,7 +31,8 @@ Interrupt::Interrupt() {
     current_flag = &flag_;
     for (const int signal : ending_signals)
         handle(signal, on_signal);
-    handle(SIGPIPE, SIG_IGN);
+    for (const int signal : failing_writes)
+        handle(signal, SIG_IGN);
 }
 
 Interrupt::~Interrupt() {

@@ -3,8 +3,8 @@
 //     Interrupt interrupt;                    // SIGINT, SIGTERM and SIGHUP from now on
 //     if (interrupt.flag().is_aborting()) return 130;
 //
-// One at a time in a process; made on the main thread before others run. A closed standard output no longer
-// kills the process either.
+// One at a time in a process; made on the main thread before others run. A closed standard output, or a
+// file that is to become larger than the user may make one, no longer kills the process either.
 #pragma once
 
 #include "vantaro/services/abort_signal.h"

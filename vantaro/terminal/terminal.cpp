@@ -1,9 +1,11 @@
 #include "vantaro/terminal/terminal.h"
 
 #include "vantaro/common/utf8.h"
+#include "vantaro/terminal/standard_output.h"
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <iostream>
@@ -50,6 +52,41 @@ void write_all(int descriptor, std::string_view text) {
     }
 }
 
+bool is_shown(std::int32_t c) {
+    struct Range {
+        std::int32_t first;
+        std::int32_t last;
+    };
+    constexpr std::array<Range, 6> not_shown{{{0, 0x1F},
+                                              {0x7F, 0x9F},
+                                              {0x61C, 0x61C},     // a direction mark
+                                              {0x200E, 0x200F},   // direction marks
+                                              {0x2028, 0x202E},   // separators, embeddings and overrides
+                                              {0x2066, 0x2069}}}; // isolates
+    return std::ranges::none_of(not_shown,
+                                [&](const Range& range) { return range.first <= c && c <= range.last; });
+}
+
+constexpr std::string_view replacement = "\xEF\xBF\xBD";
+
+/// Calls `show(code point)` for what is not shown as it is; it returns what stands in its place.
+template <class Show>
+std::string shown_with(std::string_view text, const Show& show) {
+    std::string result;
+    result.reserve(text.size());
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t start = at;
+        const std::optional<std::int32_t> c = next_code_point(text, at);
+        if (!c)
+            result += replacement;
+        else if (is_shown(*c))
+            result += text.substr(start, at - start);
+        else
+            result += show(*c);
+    }
+    return result;
+}
+
 char lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
 }
@@ -57,19 +94,22 @@ char lower(char c) {
 } // namespace
 
 std::string printable(std::string_view text) {
-    std::string shown;
-    shown.reserve(text.size());
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t start = at;
-        const std::optional<std::int32_t> c = next_code_point(text, at);
-        if (!c)
-            shown += "\xEF\xBF\xBD";
-        else if (*c < 0x20 || (*c >= 0x7F && *c < 0xA0))
-            shown += '_';
-        else
-            shown += text.substr(start, at - start);
-    }
-    return shown;
+    return shown_with(text, [](std::int32_t) { return '_'; });
+}
+
+std::string printable_text(std::string_view text) {
+    return shown_with(text,
+                      [](std::int32_t c) { return c == '\n' || c == '\t' ? static_cast<char>(c) : '_'; });
+}
+
+std::string printable_json(std::string_view json) {
+    return shown_with(json, [](std::int32_t c) -> std::string {
+        if (c < 0x20)
+            return {static_cast<char>(c)}; // between the values
+        std::array<char, 11> escape{};
+        std::snprintf(escape.data(), escape.size(), "\\u%04x", static_cast<unsigned>(c));
+        return escape.data();
+    });
 }
 
 Terminal::Terminal() : interactive_(::isatty(STDERR_FILENO) != 0) {}
@@ -112,10 +152,10 @@ void TerminalConsole::print(const char* text, std::size_t length) {
 
 void TerminalMessage::show(const char* text, std::size_t length, const char* title, std::uint32_t) {
     ++shown_;
-    std::string out = std::string(title) + "\n\n" + std::string(text, length);
+    std::string out = printable(title) + "\n\n" + printable_text({text, length});
     if (!out.ends_with('\n'))
         out += '\n';
-    write_all(STDOUT_FILENO, out);
+    print_output_at_once(out);
 }
 
 std::uint32_t TerminalQuestion::ask(const Request& request) {

@@ -17,9 +17,14 @@
 
 namespace vantaro::core {
 
-/// The text with every control character, which a terminal might act upon, shown as "_", and every byte that
-/// is not UTF-8 as a replacement character.
+/// One line: the text with every character that a terminal might act upon, or that changes the order in which
+/// others are shown (controls, line and paragraph separators, direction marks) as "_", and every byte that is
+/// not UTF-8 as a replacement character.
 std::string printable(std::string_view text);
+/// The same for a text of several lines: it keeps its line breaks and tabs.
+std::string printable_text(std::string_view text);
+/// The same for JSON, which stays what it is: the characters as escapes. Its line breaks are kept.
+std::string printable_json(std::string_view json);
 
 class Terminal {
 public:

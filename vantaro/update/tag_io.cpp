@@ -125,7 +125,16 @@ void TagIO::update_async(TrackHandle* const* tracks, std::size_t count, TrackFil
 
 void TagIO::start_update(const std::vector<Track*>& tracks, TrackFilter& filter,
                          std::unique_ptr<UpdateWatcher> watcher, CompletionNotify* notify) {
-    UpdateSettings settings{runs_, activity_, present(), keeps_times_, threads_};
+    const bool reads_only = dynamic_cast<const ReadOnly*>(&filter) != nullptr;
+    UpdateSettings settings{
+        .runs = runs_,
+        .activity = activity_,
+        .now = present(),
+        .keeps_times = keeps_times_,
+        .threads = threads_,
+        .reads_only = reads_only,
+        .report = recovery_report_,
+    };
     const auto abort = std::make_shared<AbortSignal>();
     const auto update =
         std::make_shared<Update>(tracks, &filter, notify, std::move(watcher), *abort, std::move(settings));

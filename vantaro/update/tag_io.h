@@ -74,6 +74,10 @@ public:
     /// Whether files keep their times of change in the updates from now on.
     void set_keeps_times(bool keeps_times) { keeps_times_ = keeps_times; }
 
+    /// Takes what there is to say of runs that were cut off before or beside an update; on any thread. Set
+    /// while no update is under way.
+    void set_recovery_report(RecoveryReport report) { recovery_report_ = std::move(report); }
+
     /// Whether no update, or other work, is under way or waits.
     bool is_idle() const { return tasks_.empty(); }
     /// Ends all of it between two files, as soon as those being written are done.
@@ -105,6 +109,7 @@ private:
     bool has_failures_ = false;
     std::string activity_;
     bool keeps_times_ = false;
+    RecoveryReport recovery_report_ = [](const std::string&) {};
 };
 
 } // namespace vantaro::core

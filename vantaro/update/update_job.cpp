@@ -3,6 +3,7 @@
 #include "vantaro/journal/run_writer.h"
 #include "vantaro/safe_write/edit_stream.h"
 #include "vantaro/tags/tag_file.h"
+#include "vantaro/update/shared_files.h"
 
 #include <algorithm>
 #include <condition_variable>
@@ -10,7 +11,6 @@
 #include <map>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <thread>
 #include <unordered_set>
 
@@ -37,34 +37,34 @@ public:
     Pipeline(const std::vector<Track*>& tracks, TrackFilter& filter, UpdateObserver& observer,
              const AbortFlag& abort, UpdateSettings settings)
         : tracks_(without_duplicates(tracks)), filter_(filter), observer_(observer), abort_(abort),
-          settings_(std::move(settings)), writer_(settings_.runs, {settings_.now, settings_.activity, 0}) {}
+          settings_(std::move(settings)),
+          writer_(settings_.runs, {settings_.now, settings_.activity, 0}, settings_.report) {}
 
     UpdateReport run() {
+        recover_runs(settings_.runs, settings_.report); // not a half-written file is read
         {
             std::vector<std::jthread> readers;
             for (unsigned i = 0; i < settings_.threads; ++i)
-                readers.emplace_back([this] { read_ahead(); });
+                readers.emplace_back([this] { guarded([this] { read_ahead(); }); });
             std::vector<std::jthread> writers;
             for (unsigned i = 0; i < settings_.threads; ++i)
-                writers.emplace_back([this] { write_behind(); });
-            filter_all();
+                writers.emplace_back([this] { guarded([this] { write_behind(); }); });
+            guarded([this] { filter_all(); });
             close();
         }
         writer_.wait();
-        // Other paths to files that were in the works: one by one, now that nothing else is.
-        for (ItemPointer& item : other_names_) {
-            if (abort_.is_aborting())
-                break;
-            read(*item);
-            edit(*item);
-            write(std::move(item));
-            writer_.wait();
-        }
+        // Further names of the files that were written last.
+        guarded([this] {
+            for (; !to_write_.empty() && !abort_.is_aborting() && broken_.empty(); to_write_.pop_front())
+                write(std::move(to_write_.front()));
+        });
         try {
             report_.run = writer_.finish();
         } catch (const std::exception& error) {
             report_.problem = error.what();
         }
+        if (!broken_.empty())
+            report_.problem = "The update could not be carried on: " + broken_;
         std::ranges::sort(written_);
         report_.total = tracks_.size();
         report_.aborted = abort_.is_aborting() && done_ < tracks_.size();
@@ -76,10 +76,11 @@ public:
 private:
     struct Item {
         std::size_t index = 0;
-        FileIdentity file;
-        bool claimed = false;
-        /// Another track that leads to the same file was in the works when this one was to be read.
-        bool other_name = false;
+        FileStatus file;
+        /// The file and all tracks that lead to it.
+        std::shared_ptr<SharedFiles::File> shared;
+        /// Left in the middle, because of the abort.
+        bool aborted = false;
         std::vector<FieldChange> changes;
         TrackOutcome outcome;
 
@@ -90,6 +91,21 @@ private:
         bool failed() const { return outcome.state == TrackOutcome::State::failed; }
     };
     using ItemPointer = std::unique_ptr<Item>;
+
+    /// What fails beyond a file, for want of memory mostly, ends the update, not the program.
+    template <class Work>
+    void guarded(const Work& work) noexcept {
+        try {
+            work();
+        } catch (const std::exception& error) {
+            const std::lock_guard lock(mutex_);
+            broken_ = error.what();
+            closed_ = true;
+            room_to_read_.notify_all();
+            item_read_.notify_all();
+            item_to_write_.notify_all();
+        }
+    }
 
     void read_ahead() {
         while (true) {
@@ -113,24 +129,36 @@ private:
     }
 
     void read(Item& item) {
-        item.other_name = false;
-        const std::string path = item.outcome.track->path();
         try {
-            item.file = FileIdentity::of(path);
-            if (!claim(item)) {
-                item.other_name = true;
-                return;
-            }
-            read_tags(path, item.outcome.before);
+            const std::string path = item.outcome.track->path();
+            item.file = FileStatus::of(path);
+            if (!settings_.reads_only)
+                item.shared = files_.join(item.file.identity, item.index);
+            if (is_first(item))
+                read_whole(item, path);
+        } catch (const vantaro_io::exception_aborted&) {
+            item.aborted = true;
         } catch (const std::exception& error) {
             item.fail(error.what());
         }
     }
 
-    bool claim(Item& item) {
-        const std::lock_guard lock(mutex_);
-        item.claimed = files_in_work_.emplace(item.file.device, item.file.inode).second;
-        return item.claimed;
+    /// What is no music may be in the midst of being written: it is looked at again when nobody is.
+    void read_whole(Item& item, const std::string& path) {
+        try {
+            read_tags(path, item.outcome.before, &abort_);
+        } catch (const vantaro_io::exception_io_data&) {
+            const OpenFile file = OpenFile::open_undisturbed(settings_.runs.calls(), path);
+            item.file = FileStatus::of(file.status());
+            EditStream stream(file);
+            read_tags(stream, item.outcome.before, &abort_);
+        }
+    }
+
+    /// Whether no other track before it leads to the same file: for certain when its turn has come in list
+    /// order, since whatever precedes it has joined its file then.
+    bool is_first(const Item& item) const {
+        return !item.shared || files_.first_of(*item.shared) == item.index;
     }
 
     void filter_all() {
@@ -139,15 +167,19 @@ private:
             {
                 std::unique_lock lock(mutex_);
                 // Readers stop early only when the job is aborted.
-                item_read_.wait(lock, [&] { return read_items_.contains(index) || abort_.is_aborting(); });
+                item_read_.wait(lock, [&] {
+                    return read_items_.contains(index) || abort_.is_aborting() || !broken_.empty();
+                });
                 const auto found = read_items_.find(index);
                 if (found == read_items_.end())
                     return;
                 item = std::move(found->second);
                 read_items_.erase(found);
             }
-            if (item->other_name) {
-                set_aside(std::move(item));
+            if (item->aborted)
+                return;
+            if (!is_first(*item)) {
+                wait_for_first(std::move(item));
                 continue;
             }
             edit(*item);
@@ -167,7 +199,7 @@ private:
         TrackOutcome& outcome = item.outcome;
         try {
             outcome.after.copy(outcome.before);
-            if (filter_.apply(outcome.track, item.file.stats(), outcome.after))
+            if (filter_.apply(outcome.track, item.file.identity.stats(), outcome.after))
                 item.changes = field_changes(outcome.before.fields(), outcome.after.fields());
         } catch (const std::exception& error) {
             item.fail(error.what());
@@ -180,7 +212,7 @@ private:
             {
                 std::unique_lock lock(mutex_);
                 item_to_write_.wait(lock, [&] { return closed_ || !to_write_.empty(); });
-                if (to_write_.empty() || abort_.is_aborting())
+                if (to_write_.empty() || abort_.is_aborting() || !broken_.empty())
                     return;
                 item = std::move(to_write_.front());
                 to_write_.pop_front();
@@ -190,10 +222,17 @@ private:
     }
 
     void write(ItemPointer item) {
+        if (!is_first(*item)) {
+            follow(*files_.outcome_of(*item->shared), item->outcome);
+            finish(std::move(item));
+            return;
+        }
         std::optional<PreparedChange> change;
         if (!item->failed() && !item->changes.empty()) {
             try {
                 change = prepare(*item);
+            } catch (const vantaro_io::exception_aborted&) {
+                item->aborted = true;
             } catch (const std::exception& error) {
                 item->fail(error.what());
             }
@@ -204,56 +243,89 @@ private:
         }
         auto shared = std::make_shared<ItemPointer>(std::move(item)); // the writer's callbacks can be copied
         writer_.submit(std::move(*change), [this, shared](const WrittenFile& written) {
-            take_outcome(**shared, written);
-            finish(std::move(*shared));
+            guarded([&] {
+                take_outcome(**shared, written);
+                finish(std::move(*shared));
+            });
         });
     }
 
     /// Nothing when the file says the same already.
     std::optional<PreparedChange> prepare(Item& item) {
         OpenFile file = OpenFile::open_for_change(settings_.runs.calls(), item.outcome.track->path());
-        if (file.identity() != item.file)
-            throw vantaro_io::exception_io("The file has changed since its tags were read");
+        if (const FileStatus now = FileStatus::of(file.status()); now != item.file)
+            look_again(item, file, now);
         EditStream stream(file);
-        WriteResult result = write_tags(stream, item.changes);
+        WriteResult result = write_tags(stream, item.changes, &abort_);
         item.outcome.after.set_fields(std::move(result.fields));
         const FileEdit edit = stream.edit();
         if (edit.empty())
             return std::nullopt;
         ChangeOptions options;
+        options.seen = item.file;
         if (settings_.keeps_times)
-            options.modified = item.file.modified;
-        return writer_.prepare(std::move(file), edit, options);
+            options.modified = item.file.identity.modified;
+        PreparedChange change = writer_.prepare(std::move(file), edit, options);
+        if (change.replacement)
+            files_.expect_successor(item.shared, item.file.identity, change.replacement->file().identity());
+        return change;
     }
 
-    static void take_outcome(Item& item, const WrittenFile& written) {
+    /// Opening a file for writing can be a change of it (of a lower layer, on an overlay), and other hosts
+    /// set times late. What the edit was made of is its tags.
+    void look_again(Item& item, const OpenFile& file, const FileStatus& now) {
+        TrackInfoRecord present;
+        EditStream stream(file);
+        read_tags(stream, present, &abort_);
+        if (present.fields() != item.outcome.before.fields())
+            throw vantaro_io::exception_io("The file has changed since its tags were read");
+        if (now.identity.inode != item.file.identity.inode)
+            files_.expect_successor(item.shared, item.file.identity, now.identity);
+        item.file = now;
+    }
+
+    void take_outcome(Item& item, const WrittenFile& written) {
         if (!written.error.empty()) {
             item.fail(written.error.c_str());
             return;
         }
-        item.outcome.state = TrackOutcome::State::written;
-        if (Track& track = *item.outcome.track; track.held())
-            track.hold(make_service<HeldInfo>(item.outcome.after, written.identity.stats(), false));
+        if (written.identity.inode != item.file.identity.inode)
+            files_.expect_successor(item.shared, item.file.identity, written.identity);
+        set_written(item.outcome, written.identity);
     }
 
-    /// Keeps an item for later, and lets those behind it be reported.
-    void set_aside(ItemPointer item) {
-        {
-            const std::lock_guard lock(mutex_);
-            finished_.emplace(item->index, nullptr);
-            other_names_.push_back(std::move(item));
-        }
-        report_finished();
+    void wait_for_first(ItemPointer item) {
+        const std::lock_guard lock(mutex_);
+        if (files_.outcome_of(*item->shared))
+            add_to_write(std::move(item));
+        else
+            waiting_[item->shared.get()].push_back(std::move(item));
+    }
+
+    /// Requires: mutex_ is held.
+    void add_to_write(ItemPointer item) {
+        to_write_.push_back(std::move(item));
+        item_to_write_.notify_one();
     }
 
     void finish(ItemPointer item) {
         {
             const std::lock_guard lock(mutex_);
-            if (std::exchange(item->claimed, false))
-                files_in_work_.erase({item->file.device, item->file.inode});
+            if (item->shared && is_first(*item))
+                end_first(*item);
             finished_.emplace(item->index, std::move(item));
         }
         report_finished();
+    }
+
+    /// Requires: mutex_ is held.
+    void end_first(const Item& item) {
+        if (item.failed())
+            files_.forget_successor(item.shared);
+        files_.set_outcome(*item.shared, file_outcome(item.outcome));
+        if (const auto waiting = waiting_.extract(item.shared.get()))
+            for (ItemPointer& further : waiting.mapped())
+                add_to_write(std::move(further));
     }
 
     /// Reports, in list order, what is finished up to the first item that is not. One thread reports at a
@@ -274,7 +346,7 @@ private:
             room_to_read_.notify_all();
             lock.unlock();
             for (const ItemPointer& item : ready)
-                if (item)
+                if (!item->aborted) // nothing has come of it
                     report(*item);
             lock.lock();
         }
@@ -309,6 +381,7 @@ private:
     UpdateObserver& observer_;
     const AbortFlag& abort_;
     const UpdateSettings settings_;
+    SharedFiles files_;
 
     std::mutex mutex_; // guards what follows
     std::condition_variable room_to_read_;
@@ -318,11 +391,12 @@ private:
     std::map<std::size_t, ItemPointer> read_items_;
     std::deque<ItemPointer> to_write_;
     std::map<std::size_t, ItemPointer> finished_;
-    std::size_t reported_ = 0; // every item before this one is reported, or set aside
+    std::size_t reported_ = 0; // every item before this one is reported
     bool reporting_ = false;
-    std::set<std::pair<std::uint64_t, std::uint64_t>> files_in_work_; // device and inode
-    std::vector<ItemPointer> other_names_;
+    /// Tracks whose files are being edited for another one.
+    std::map<const SharedFiles::File*, std::vector<ItemPointer>> waiting_;
     bool closed_ = false;
+    std::string broken_; // why it cannot go on
 
     // Touched by the thread that reports, and by run() when the others have ended.
     std::size_t done_ = 0;

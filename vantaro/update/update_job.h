@@ -9,7 +9,7 @@
 #pragma once
 
 #include "host/api/tag_io.h"
-#include "vantaro/journal/run_store.h"
+#include "vantaro/journal/recovery.h"
 #include "vantaro/services/abort_signal.h"
 #include "vantaro/tracks/track_table.h"
 
@@ -60,6 +60,10 @@ struct UpdateSettings {
     bool keeps_times = false;
     /// How many threads read, and how many prepare what is written.
     unsigned threads = 1;
+    /// The filter changes nothing.
+    bool reads_only = false;
+    /// What there is to say of runs that were cut off; on any thread.
+    RecoveryReport report = [](const std::string&) {};
 };
 
 class UpdateObserver {
@@ -71,7 +75,9 @@ public:
 
 class UpdateJob {
 public:
-    /// `filter` and `observer` outlive the job. A track that stands in the list several times is edited once.
+    /// `filter` and `observer` outlive the job. A track that stands in the list several times is edited once,
+    /// and so is a file that several tracks lead to (hard links, symbolic links): the first one in the list
+    /// is edited, and the others are reported as what it became.
     UpdateJob(const std::vector<Track*>& tracks, TrackFilter& filter, UpdateObserver& observer,
               const AbortFlag& abort, UpdateSettings settings);
     ~UpdateJob();

@@ -140,6 +140,8 @@ public:
         panels_.emplace_back(panel);
     }
 
+    QStringList shown() const { return {shown_.begin(), shown_.end()}; }
+
     void clear() {
         show_new();
         shown_.clear();
@@ -165,6 +167,15 @@ void PanelConsole::print(const char* text, std::size_t length) {
     if (terminal_)
         terminal_->line({text, length});
     lines_->add(shown_text({text, length}));
+}
+
+void PanelConsole::note(std::string_view line) {
+    lines_->add(shown_text(line));
+}
+
+QStringList PanelConsole::lines() const {
+    lines_->show_new();
+    return lines_->shown();
 }
 
 QWidget* PanelConsole::make_panel(QWidget* parent) {

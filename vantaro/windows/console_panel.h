@@ -10,9 +10,11 @@
 #include "host/api/user_interaction.h"
 #include "vantaro/terminal/terminal.h"
 
+#include <QStringList>
 #include <QWidget>
 
 #include <memory>
+#include <string_view>
 
 namespace vantaro::core {
 
@@ -28,6 +30,11 @@ public:
     /// Takes a line. It appears in the panels when the main thread gets to it. Control characters, such as
     /// line breaks within, are shown as "_".
     void print(const char* text, std::size_t length) override;
+
+    /// Takes a line that the terminal has already. Main thread.
+    void note(std::string_view line);
+    /// The lines so far. Main thread.
+    QStringList lines() const;
 
     /// Makes a panel that shows the lines so far and those to come. It may outlive this object, and shows
     /// nothing new then. "Clear" in its context menu empties every panel.

@@ -2,6 +2,7 @@
 
 #include "vantaro/windows/advanced_page.h"
 #include "vantaro/windows/general_page.h"
+#include "vantaro/windows/shown_text.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -81,7 +82,7 @@ bool PreferencesWindow::apply() {
         advanced_->apply();
         return true;
     } catch (const std::exception& error) {
-        auto* message = new QMessageBox(QMessageBox::Warning, windowTitle(), QString::fromUtf8(error.what()),
+        auto* message = new QMessageBox(QMessageBox::Warning, windowTitle(), shown_text(error.what()),
                                         QMessageBox::Ok, this); // deletes itself
         message->setAttribute(Qt::WA_DeleteOnClose);
         message->setTextFormat(Qt::PlainText);

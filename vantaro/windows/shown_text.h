@@ -13,9 +13,14 @@
 
 namespace vantaro::core {
 
-/// One line: what is not UTF-8 as replacement characters, control characters as "_".
+/// One line: what is not UTF-8 as replacement characters, control characters and direction marks as "_".
 inline QString shown_text(std::string_view text) {
     return QString::fromStdString(printable(text));
+}
+
+/// The same with the lines of a text.
+inline QString shown_lines(std::string_view text) {
+    return QString::fromStdString(printable_text(text));
 }
 
 } // namespace vantaro::core

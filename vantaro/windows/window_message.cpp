@@ -1,5 +1,7 @@
 #include "vantaro/windows/window_message.h"
 
+#include "vantaro/windows/shown_text.h"
+
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QGridLayout>
@@ -65,7 +67,7 @@ public:
 void WindowMessage::show(const char* text, std::size_t length, const char* title, std::uint32_t icon) {
     auto* window = new QDialog(parent_); // deletes itself
     window->setAttribute(Qt::WA_DeleteOnClose);
-    window->setWindowTitle(QString::fromUtf8(title));
+    window->setWindowTitle(shown_text(title));
 
     auto* layout = new QGridLayout(window);
     if (const auto picture = picture_of(icon)) {
@@ -76,7 +78,7 @@ void WindowMessage::show(const char* text, std::size_t length, const char* title
         layout->addWidget(label, 0, 0);
         layout->setHorizontalSpacing(12);
     }
-    auto* shown = new MessageText(QString::fromUtf8(text, static_cast<qsizetype>(length)), window);
+    auto* shown = new MessageText(shown_lines({text, length}), window);
     layout->addWidget(shown, 0, 1);
     layout->setColumnStretch(1, 1);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok, window);

@@ -1,5 +1,7 @@
 #include "vantaro/windows/window_question.h"
 
+#include "vantaro/windows/shown_text.h"
+
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -42,9 +44,9 @@ std::uint32_t WindowQuestion::ask(const Request& request) {
     // On the heap: a parent that is deleted meanwhile takes the window along.
     const QPointer<QMessageBox> box = new QMessageBox(static_cast<QWidget*>(request.parent));
     box->setWindowModality(Qt::ApplicationModal);
-    box->setWindowTitle(QString::fromUtf8(request.title));
+    box->setWindowTitle(shown_text(request.title));
     box->setTextFormat(Qt::PlainText);
-    box->setText(QString::fromUtf8(request.message));
+    box->setText(shown_lines(request.message));
     box->setIcon(icon_of(request.icon));
 
     std::uint32_t result = 0;

@@ -1,0 +1,197 @@
+// How far files are read, and those that are none.
+#include "host/api/exceptions.h"
+#include "vantaro/tags/tag_file.h"
+
+#include "tests/support/temporary_folder.h"
+
+#include <tbytevector.h>
+#include <tiostream.h>
+
+#include <gtest/gtest.h>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <fstream>
+
+// TagLib gives nothing back when a stream throws, as one does when the end of the file is not taken for one.
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:libtag.so";
+}
+
+namespace vantaro::core {
+namespace {
+
+using namespace std::string_literals;
+
+constexpr long megabyte = 1L << 20;
+
+class Flag final : public AbortFlag {
+public:
+    bool is_aborting() const noexcept override { return is_set; }
+    int wait_handle() const noexcept override { return -1; }
+
+    bool is_set = false;
+};
+
+/// Zeros behind a beginning, and hardly an end.
+class LongStream final : public TagLib::IOStream {
+public:
+    LongStream(std::string name, std::string beginning)
+        : name_(std::move(name)), beginning_(std::move(beginning)) {}
+
+    TagLib::FileName name() const override { return name_.c_str(); }
+    TagLib::ByteVector readBlock(unsigned long size) override {
+        if (size > std::min(static_cast<unsigned long>(megabyte),
+                            static_cast<unsigned long>(length() - position_)))
+            return {}; // at the end, or out of all proportion
+        TagLib::ByteVector bytes(static_cast<unsigned>(size), '\0');
+        for (unsigned i = 0; i < size && static_cast<std::size_t>(position_) + i < beginning_.size(); ++i)
+            bytes[static_cast<int>(i)] = beginning_[static_cast<std::size_t>(position_) + i];
+        position_ += static_cast<long>(size);
+        read_ += static_cast<long>(size);
+        if (flag != nullptr && read_ >= megabyte)
+            flag->is_set = true;
+        return bytes;
+    }
+    void writeBlock(const TagLib::ByteVector&) override { FAIL() << "written"; }
+    void insert(const TagLib::ByteVector&, unsigned long, unsigned long) override { FAIL() << "inserted"; }
+    void removeBlock(unsigned long, unsigned long) override { FAIL() << "removed"; }
+    bool readOnly() const override { return false; }
+    bool isOpen() const override { return true; }
+    void seek(long offset, Position position) override {
+        ++seeks_;
+        position_ = std::max(0L, offset + (position == Current ? position_ : position == End ? length() : 0));
+    }
+    long tell() const override { return position_; }
+    long length() override { return 1L << 44; }
+    void truncate(long) override {}
+
+    long bytes_read() const { return read_; }
+    long seeks() const { return seeks_; }
+
+    Flag* flag = nullptr; ///< set after a megabyte
+
+private:
+    std::string name_;
+    std::string beginning_;
+    long position_ = 0;
+    long read_ = 0;
+    long seeks_ = 0;
+};
+
+struct Row {
+    const char* name;
+    const char* extension;
+    std::string beginning;
+};
+
+// Two frames of MPEG audio.
+std::string two_frames() {
+    std::string frame = "\xFF\xFB\x90\x64"s;
+    frame.resize(417);
+    return frame + frame;
+}
+
+class LongFiles : public testing::TestWithParam<Row> {};
+
+TEST_P(LongFiles, AreNotSearchedToTheEnd) {
+    for (const bool writing : {false, true}) {
+        LongStream stream("x."s + GetParam().extension, GetParam().beginning);
+        TrackInfoRecord info;
+        const std::vector<FieldChange> changes{{"TITLE", {"T"}}};
+        EXPECT_THROW(writing ? static_cast<void>(write_tags(stream, changes)) : read_tags(stream, info),
+                     vantaro_io::exception_io_data);
+        EXPECT_GT(stream.bytes_read(), 8 * megabyte); // a large picture may be in the way
+        EXPECT_LT(stream.bytes_read(), 80 * megabyte);
+        EXPECT_LT(stream.seeks(), 500'000);
+    }
+}
+
+TEST_P(LongFiles, AreLeftWhenAborted) {
+    for (const bool writing : {false, true}) {
+        LongStream stream("x."s + GetParam().extension, GetParam().beginning);
+        Flag flag;
+        stream.flag = &flag;
+        TrackInfoRecord info;
+        info.set_length(7);
+        const std::vector<FieldChange> changes{{"TITLE", {"T"}}};
+        EXPECT_THROW(writing ? static_cast<void>(write_tags(stream, changes, &flag))
+                             : read_tags(stream, info, &flag),
+                     vantaro_io::exception_aborted);
+        EXPECT_LT(stream.bytes_read(), 2 * megabyte);
+        EXPECT_EQ(info.length(), 7);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Tags, LongFiles,
+                         testing::Values(Row{"Mpeg", "mp3", ""}, Row{"MpegFrames", "mp3", two_frames()},
+                                         Row{"Vorbis", "ogg", ""}, Row{"Opus", "opus", ""},
+                                         Row{"Speex", "spx", ""}, Row{"OggFlac", "oga", ""},
+                                         Row{"MonkeysAudio", "ape", ""}),
+                         [](const auto& row) { return row.param.name; });
+
+// One block of a FLAC file, and empty ones after it for as long as there is file.
+TEST(HollowFiles, ABlockThatCannotBeThereIsTheEnd) {
+    LongStream stream("x.flac", "fLaC\0\0\0\x22"s);
+    TrackInfoRecord info;
+    EXPECT_THROW(read_tags(stream, info), vantaro_io::exception_io_data);
+    EXPECT_LT(stream.bytes_read(), megabyte);
+}
+
+std::exception_ptr failure_of_reading(const std::string& path) {
+    TrackInfoRecord info;
+    try {
+        read_tags(path, info);
+    } catch (...) {
+        return std::current_exception();
+    }
+    return nullptr;
+}
+
+std::string text_of(const std::exception_ptr& failure) {
+    try {
+        if (failure)
+            std::rethrow_exception(failure);
+    } catch (const vantaro_io::exception_io& error) {
+        return error.what();
+    }
+    return {};
+}
+
+std::string failure(const std::string& path) {
+    return text_of(failure_of_reading(path));
+}
+
+TEST(ReadingFiles, WhatIsNoFileDoesNotKeepAnybodyWaiting) {
+    const test::TemporaryFolder folder;
+    const std::string pipe = folder.path("pipe.mp3");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const std::string audio = folder.path("a.flac");
+    std::ofstream(audio) << "fLaC";
+    EXPECT_EQ(failure(pipe), vantaro_io::exception_io_data::default_text);
+    EXPECT_EQ(failure("/dev/null"), vantaro_io::exception_io_data::default_text);
+    EXPECT_EQ(failure(folder.path("absent.mp3")), vantaro_io::exception_io_not_found::default_text);
+    EXPECT_EQ(failure(audio + '\0' + "b"), vantaro_io::exception_io_not_found::default_text);
+    EXPECT_EQ(failure(folder.path("")), "Is a directory");
+}
+
+TEST(ReadingFiles, TooManyOpenFilesAreNoDenial) {
+    const test::TemporaryFolder folder;
+    const std::string audio = folder.path("a.flac");
+    std::ofstream(audio) << "fLaC";
+    // Sanitizers need descriptors for what they meet first, so they meet it here.
+    EXPECT_EQ(text_of(failure_of_reading(folder.path())), "Is a directory");
+    rlimit before;
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{0, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    const std::exception_ptr failure = failure_of_reading(audio);
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_EQ(text_of(failure), "Too many open files");
+}
+
+} // namespace
+} // namespace vantaro::core

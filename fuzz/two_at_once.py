@@ -225,7 +225,7 @@ class TwoAtOnce:
             if process.poll() is not None:
                 break
             process.send_signal(signal.SIGSTOP)
-            self.edit_in_between(edits, before, after)
+            self.edit_in_between(edits, before, after, is_undo)
             process.send_signal(signal.SIGCONT)
         errors = self.check_words(Quorvex.outcome_in(files, process), what)
         self.edited += len(edits)
@@ -247,12 +247,14 @@ class TwoAtOnce:
                            f"{what}: {name}, written: {is_written}, time kept by it: {keeps}", name)
         shutil.rmtree(self.folder / "edited", ignore_errors=True)
 
-    def edit_in_between(self, edits, before, after):
+    def edit_in_between(self, edits, before, after, is_undo):
         now = {name: digest(self.music / name) for name in self.names}
-        by_change = sorted(self.names, key=lambda name: (self.music / name).stat().st_ctime_ns)
-        last = self.names.index(by_change[-1])
+        # How far it has come: runs write in the order of the list, an undo goes back. Times do not tell: the
+        # system counts them in steps that many files fit in.
+        written = [n for n, name in enumerate(self.names) if name not in edits and now[name] == after[name]]
+        front = min(written, default=len(self.names)) if is_undo else max(written, default=-1)
         choice = [n for n, name in enumerate(self.names)
-                  if name not in edits and now[name] in (before[name], after[name]) and abs(n - last) > IN_WORK]
+                  if name not in edits and now[name] in (before[name], after[name]) and abs(n - front) > IN_WORK]
         if not choice:
             return
         name = self.names[self.random.choice(choice)]

@@ -69,7 +69,8 @@ void RemoveAllFieldsExcept::apply(TrackHandle*, TrackInfo& info, std::uint32_t, 
     for (std::size_t field = 0; field < info.field_count(); ++field) {
         const std::string_view name = info.field_name(field);
         const bool is_kept = any_entry(list, [&](std::string_view entry) {
-            return stricmp_utf8_ex(entry.data(), entry.size(), name.data(), name.size()) == 0;
+            return stricmp_utf8_ex(entry.data(), entry.size(), name.data(), name.size()) == 0
+                   || info.find_field(std::string(entry).c_str()) == field; // "disc" for DISCNUMBER
         });
         if (!is_kept)
             removed.mark(field);

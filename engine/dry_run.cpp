@@ -22,6 +22,15 @@ void DryRun::edit(const Script& script, std::size_t row, TrackInfo& info, const 
     }
 }
 
+TrackInfoRecord DryRun::outcome(const Script& script, std::size_t row, const TrackInfoRecord& before,
+                                const Action* skipped) {
+    TrackInfoRecord after = before;
+    edit(script, row, after, skipped);
+    if (const FieldRules* rules = before.rules())
+        rules->settle(before, after);
+    return after;
+}
+
 const PositionTable& DryRun::groups_of(Action& action) {
     std::pair key(action.get_guid(), text_of([&](TextSink& out) { action.get_parameter_text(out); }));
     const auto found = group_tables_.find(key);

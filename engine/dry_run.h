@@ -1,14 +1,14 @@
 // The dry run: what a script would make of one track's tags, without touching any file.
 //
 //     DryRun dry_run(tracks);
-//     TrackInfoRecord edited(source);
-//     dry_run.edit(script, row, edited);
-//     std::string text = describe_changes(source, edited);
+//     TrackInfoRecord after = dry_run.outcome(script, row, before);
+//     std::string text = describe_changes(before, after);
 //
 // Main thread.
 #pragma once
 
 #include "engine/run_index.h"
+#include "host/api/track_info_record.h"
 
 #include <map>
 #include <memory>
@@ -31,6 +31,12 @@ public:
     /// passes. Requires: row < tracks().size().
     void edit(const Script& script, std::size_t row, vantaro::TrackInfo& info,
               const Action* skipped = nullptr);
+
+    /// The tags that the file would hold: edit() of a copy of `before`, settled by its rules. Throws what
+    /// actions throw, and exception_io naming the field when the file cannot hold what comes out.
+    vantaro::TrackInfoRecord outcome(const Script& script, std::size_t row,
+                                     const vantaro::TrackInfoRecord& before,
+                                     const Action* skipped = nullptr);
 
     /// The tags that groups are made from have changed.
     void forget_groups() { group_tables_.clear(); }

@@ -51,8 +51,7 @@ PreviewRows::Tags PreviewRows::tags(const Script& script, std::size_t row, const
         if (tracks()[row]->get_info(held))
             result.before = TrackInfoRecord(Ref<TrackInfoHolder>::adopt(held)->info());
     }
-    result.after = result.before;
-    dry_run_.edit(script, row, result.after, skipped);
+    result.after = dry_run_.outcome(script, row, result.before, skipped);
     return result;
 }
 

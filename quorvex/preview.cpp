@@ -50,7 +50,7 @@ PreviewedTrack preview_track(DryRun& dry_run, const Script& script, std::size_t 
         track.before.copy(held->info());
     track.after.copy(track.before);
     try {
-        dry_run.edit(script, row, track.after);
+        track.after = dry_run.outcome(script, row, track.before);
         track.changes = describe_changes(track.before, track.after);
     } catch (const std::exception& error) {
         track.error = error.what();

@@ -7,7 +7,8 @@
 //
 // Texts are NUL-terminated UTF-8. Pointers returned stay valid until the record is next changed. Field names
 // match without regard to case (ASCII letters); a field keeps its place and the spelling of its name when it
-// is set again. An empty value is a value. A field with no values left is removed.
+// is set again. An empty value is a value. A field with no values left is removed. A record of a file knows the other
+// names that its tags have for a field (FieldRules).
 // A record belongs to one thread at a time.
 #pragma once
 
@@ -54,9 +55,29 @@ struct ReplayGain {
     friend bool operator==(const ReplayGain&, const ReplayGain&) = default;
 };
 
+class TrackInfo;
+
+/// What the tags of a file can hold: how they call a field, and what they make of its values. A record that
+/// was read from a file has the rules of its tags, and so has every copy of it, so that a preview shows what a
+/// run would write. Lives as long as the host. Any thread.
+class FieldRules {
+public:
+    /// The name under which `info` has, or would get, what is called `name`: "ALBUMARTIST" for "ALBUM ARTIST"
+    /// where the tags know both. `name` itself when they know no other; it is then the same pointer.
+    virtual const char* resolve(const TrackInfo& info, const char* name) const = 0;
+    /// Makes `after`, an edited copy of `before`, what reading the file would give once it is written: a
+    /// track number "04" becomes "4" where the format stores numbers, empty values go where it keeps none.
+    /// Throws exception_io naming the field and the reason when the tags cannot hold it.
+    virtual void settle(const TrackInfo& before, TrackInfo& after) const = 0;
+
+protected:
+    ~FieldRules() = default;
+};
+
 class TrackInfo {
 public:
-    /// Index of the field of that name, or no_field.
+    /// Index of the field of that name, or no_field. A field of this very name comes before one that the
+    /// rules resolve it to.
     virtual std::size_t find_field(const char* name) const = 0;
     virtual std::size_t field_count() const = 0;
     /// Requires: field < field_count(); the same for every `field` below.
@@ -64,7 +85,8 @@ public:
     virtual std::size_t value_count(std::size_t field) const = 0;
     /// Requires: value < value_count(field).
     virtual const char* value(std::size_t field, std::size_t value) const = 0;
-    /// Makes `value` the only value of the field; creates the field behind the others when it is absent.
+    /// Makes `value` the only value of the field; creates the field behind the others when it is absent, under
+    /// the name that the rules resolve it to.
     virtual void set_field(const char* name, const char* value) = 0;
     /// Appends a value to the field, creating the field when it is absent.
     virtual void add_value(const char* name, const char* value) = 0;
@@ -90,8 +112,11 @@ public:
     virtual ReplayGain replay_gain() const = 0;
     virtual void set_replay_gain(const ReplayGain& gain) = 0;
 
-    /// Becomes equal to `source`: fields, technical fields, length and gains.
+    /// Becomes equal to `source`: fields, technical fields, length, gains and rules.
     virtual void copy(const TrackInfo& source) = 0;
+
+    /// Null for a record that no file stands behind: names are then only themselves.
+    virtual const FieldRules* rules() const = 0;
 
 protected:
     ~TrackInfo() = default;

@@ -48,8 +48,12 @@ public:
     const std::vector<TechnicalField>& technical_fields() const { return technical_; }
     /// Puts all metadata fields in place at once.
     void set_fields(std::vector<TrackField> fields) { fields_ = std::move(fields); }
+    void set_rules(const FieldRules* rules) { rules_ = rules; }
 
-    std::size_t find_field(const char* name) const override { return index_of(fields_, name); }
+    std::size_t find_field(const char* name) const override {
+        const std::size_t index = index_of(fields_, name);
+        return index != no_field || rules_ == nullptr ? index : index_of(fields_, resolved(name));
+    }
     std::size_t field_count() const override { return fields_.size(); }
     const char* field_name(std::size_t field) const override { return fields_[field].name.c_str(); }
     std::size_t value_count(std::size_t field) const override { return fields_[field].values.size(); }
@@ -100,8 +104,12 @@ public:
     void set_replay_gain(const ReplayGain& gain) override { gain_ = gain; }
 
     void copy(const TrackInfo& source) override { copy_from(source); }
+    const FieldRules* rules() const override { return rules_; }
 
 private:
+    const char* resolved(const char* name) const {
+        return rules_ == nullptr ? name : rules_->resolve(*this, name);
+    }
     template <class Field>
     static std::size_t index_of(const std::vector<Field>& fields, std::string_view name) {
         for (std::size_t i = 0; i < fields.size(); ++i)
@@ -111,7 +119,7 @@ private:
     }
     TrackField& field_for(const char* name) {
         const std::size_t index = find_field(name);
-        return index == no_field ? fields_.emplace_back(TrackField{name, {}}) : fields_[index];
+        return index == no_field ? fields_.emplace_back(TrackField{resolved(name), {}}) : fields_[index];
     }
     template <class Element>
     static void remove_selected(std::vector<Element>& elements, const Mask& mask) {
@@ -134,12 +142,14 @@ private:
             technical_.push_back({source.technical_name(i), source.technical_value(i)});
         length_ = source.length();
         gain_ = source.replay_gain();
+        rules_ = source.rules();
     }
 
     std::vector<TrackField> fields_;
     std::vector<TechnicalField> technical_;
     double length_ = 0;
     ReplayGain gain_;
+    const FieldRules* rules_ = nullptr;
 };
 
 } // namespace vantaro

@@ -13,10 +13,14 @@
 
 #include <asftag.h>
 
+#include <memory>
+
 namespace vantaro::core::tags {
 
 class AsfFields final : public TagStore {
 public:
+    /// Of an empty tag of its own.
+    AsfFields() : own_(std::make_shared<TagLib::ASF::Tag>()), tag_(*own_) {}
     /// `tag` outlives this.
     explicit AsfFields(TagLib::ASF::Tag& tag) : tag_(tag) {}
 
@@ -29,6 +33,7 @@ private:
     Values values_of(const std::string& place) const;
     void put(const std::string& place, const Values& values);
 
+    std::shared_ptr<TagLib::ASF::Tag> own_;
     TagLib::ASF::Tag& tag_;
 };
 

@@ -110,9 +110,7 @@ std::vector<TrackField> Id3v2Fields::fields() const {
             if (!has_frame("TDRC"))
                 result.add("DATE", 0, {date_of_v23()});
         } else if (const std::string place = place_of(frame); place.size() > user_text.size()) {
-            const std::string name = row_of_place(id3v2_places, place) != nullptr
-                                         ? field_of_place(id3v2_places, place, present)
-                                         : upper_name(place.substr(user_text.size()));
+            const std::string name = listed_name(place.substr(user_text.size()));
             const bool own_name = name == upper_name(std::string_view(place).substr(user_text.size()));
             result.add(name, own_name ? id3v2_places.size() : rank_of_place(id3v2_places, place),
                        texts_of(frame));

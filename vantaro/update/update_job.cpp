@@ -199,8 +199,10 @@ private:
         TrackOutcome& outcome = item.outcome;
         try {
             outcome.after.copy(outcome.before);
-            if (filter_.apply(outcome.track, item.file.identity.stats(), outcome.after))
-                item.changes = field_changes(outcome.before.fields(), outcome.after.fields());
+            if (!filter_.apply(outcome.track, item.file.identity.stats(), outcome.after))
+                return;
+            outcome.before.rules()->settle(outcome.before, outcome.after);
+            item.changes = field_changes(outcome.before.fields(), outcome.after.fields());
         } catch (const std::exception& error) {
             item.fail(error.what());
         }
@@ -257,6 +259,11 @@ private:
             look_again(item, file, now);
         EditStream stream(file);
         WriteResult result = write_tags(stream, item.changes, &abort_);
+        // What a preview has shown is what the file will hold, or nothing is written.
+        const std::vector<FieldChange> broken = field_changes(result.fields, item.outcome.after.fields());
+        if (!broken.empty())
+            throw vantaro_io::exception_io(broken.front().name
+                                           + ": the file would not hold what a preview shows");
         item.outcome.after.set_fields(std::move(result.fields));
         const FileEdit edit = stream.edit();
         if (edit.empty())

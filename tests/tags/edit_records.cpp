@@ -1,0 +1,88 @@
+// edit_records: does to records of tags what scripts do, and says what a preview shows, what a run would write
+// and what reading it gives then; no file is changed.
+//
+// Standard input: a line {"path", "edit", "name", "value"} each. Standard output: a line each with "before",
+// "preview" or "preview_error", "file" or "file_error".
+#include "vantaro/safe_write/edit_stream.h"
+#include "vantaro/tags/tag_file.h"
+
+#include <nlohmann/json.hpp>
+
+#include <iostream>
+
+using namespace vantaro;
+using Json = nlohmann::json;
+
+namespace {
+
+Json fields_of(const TrackInfoRecord& info) {
+    Json result = Json::object();
+    for (const TrackField& field : info.fields())
+        result[field.name] = field.values;
+    return result;
+}
+
+// By the operations that the actions of scripts use.
+void edit(TrackInfo& info, const std::string& how, const char* name, const char* value) {
+    const std::size_t field = info.find_field(name);
+    if (how == "set")
+        info.set_field(name, value);
+    else if (how == "add")
+        info.add_value(name, value);
+    else if (how == "remove" && field != no_field)
+        info.remove_fields(MaskOne(field));
+    else if (how == "remove value" && field != no_field)
+        info.remove_values(field, MaskOne(0));
+    else if (how == "replace" && field != no_field)
+        info.modify_value(field, 0, value);
+    else if (how == "split" && field != no_field)
+        info.insert_value(field, 1, value);
+    else if (how == "copy" && field != no_field)
+        info.set_field("COPY OF IT", info.value(field, 0));
+    else if (how == "keep")
+        for (std::size_t i = info.field_count(); i-- > 0;)
+            if (i != info.find_field(name))
+                info.remove_fields(MaskOne(i));
+}
+
+Json answer(const Json& line) {
+    Json result = Json::object();
+    core::OpenFile file = core::OpenFile::open_for_change(core::real_system_calls(), line.at("path"));
+    core::EditStream stream(file);
+    TrackInfoRecord before;
+    core::read_tags(stream, before);
+    result["before"] = fields_of(before);
+    TrackInfoRecord after = before;
+    const std::string name = line.at("name");
+    const std::string value = line.at("value");
+    edit(after, line.at("edit"), name.c_str(), value.c_str());
+    const TrackInfoRecord raw = after;
+    try {
+        before.rules()->settle(before, after);
+        result["preview"] = fields_of(after);
+    } catch (const std::exception& error) {
+        result["preview_error"] = error.what();
+        after = raw;
+    }
+    try {
+        core::write_tags(stream, core::field_changes(before.fields(), after.fields()));
+        TrackInfoRecord written;
+        core::read_tags(stream, written);
+        result["file"] = fields_of(written);
+    } catch (const std::exception& error) {
+        result["file_error"] = error.what();
+    }
+    return result;
+}
+
+} // namespace
+
+int main() {
+    for (std::string line; std::getline(std::cin, line);)
+        try {
+            std::cout << answer(Json::parse(line)) << '\n';
+        } catch (const std::exception& error) {
+            std::cerr << line << ": " << error.what() << '\n';
+            return 1;
+        }
+}

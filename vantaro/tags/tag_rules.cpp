@@ -1,0 +1,243 @@
+#include "vantaro/tags/tag_rules.h"
+
+#include "host/api/exceptions.h"
+#include "vantaro/tags/ape_fields.h"
+#include "vantaro/tags/ape_places.h"
+#include "vantaro/tags/asf_fields.h"
+#include "vantaro/tags/asf_places.h"
+#include "vantaro/tags/field_changes.h"
+#include "vantaro/tags/id3v2_fields.h"
+#include "vantaro/tags/id3v2_places.h"
+#include "vantaro/tags/mp4_fields.h"
+#include "vantaro/tags/mp4_places.h"
+#include "vantaro/tags/number_pair.h"
+#include "vantaro/tags/xiph_fields.h"
+#include "vantaro/tags/xiph_places.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <tuple>
+
+namespace vantaro::core::tags {
+
+namespace {
+
+/// A kind of tag that can hold any field; ID3v1 and INFO, which cannot, have no rules of their own.
+struct Kind {
+    std::string_view name; ///< as TagStore::kind gives it
+    std::span<const FieldPlace> table;
+    std::string_view prefix; ///< of places whose rest is a name that anybody may give
+    std::unique_ptr<TagStore> (*make)();
+};
+
+std::unique_ptr<TagStore> make_id3v23() {
+    constexpr std::string_view empty_tag("ID3\3\0\0\0\0\0\0", 10);
+    return std::make_unique<Id3v2Fields>(empty_tag);
+}
+
+template <class Store>
+std::unique_ptr<TagStore> make() {
+    return std::make_unique<Store>();
+}
+
+constexpr std::array<Kind, 6> kinds{{
+    {"Vorbis comment", xiph_places, "", make<XiphFields>},
+    {"ID3v2.4", id3v2_places, "TXXX:", make<Id3v2Fields>},
+    {"ID3v2.3", id3v2_places, "TXXX:", make_id3v23},
+    {"APEv2", ape_places, "", make<ApeFields>},
+    {"MP4", mp4_places, "--:", make<Mp4Fields>},
+    {"ASF", asf_places, "", make<AsfFields>},
+}};
+
+const Kind* find_kind(std::string_view name) {
+    const auto found = std::ranges::find(kinds, name, &Kind::name);
+    return found == kinds.end() ? nullptr : &*found;
+}
+
+const Kind& customary_kind(Format format) {
+    switch (format) {
+    case Format::flac:
+    case Format::vorbis:
+    case Format::opus:
+    case Format::ogg_flac:
+    case Format::speex:
+        return *find_kind("Vorbis comment");
+    case Format::wavpack:
+    case Format::monkeys_audio:
+    case Format::musepack:
+        return *find_kind("APEv2");
+    case Format::mp4:
+        return *find_kind("MP4");
+    case Format::asf:
+        return *find_kind("ASF");
+    case Format::mpeg:
+    case Format::true_audio:
+    case Format::wav:
+    case Format::aiff:
+        break;
+    }
+    return *find_kind("ID3v2.4");
+}
+
+const FieldPlace* row_of_name(const Kind& kind, std::string_view name) {
+    for (const FieldPlace& row : kind.table)
+        if (row.place.starts_with(kind.prefix) && same_text(row.place.substr(kind.prefix.size()), name))
+            return &row;
+    return nullptr;
+}
+
+/// Tags in memory that belong to no file.
+class MemoryFile final : public AudioFile {
+public:
+    MemoryFile(Format format, const std::vector<const Kind*>& kinds_of_tags) : AudioFile(format) {
+        for (const Kind* kind : kinds_of_tags)
+            add(*kind);
+    }
+
+    std::vector<TagStore*> tags() override {
+        std::vector<TagStore*> result;
+        for (const auto& [kind, tag] : tags_)
+            result.push_back(tag.get());
+        return result;
+    }
+    TagStore* add_customary_tag() override {
+        const Kind& customary = customary_kind(format());
+        const bool is_there = std::ranges::any_of(
+            tags_, [&](const Tag& tag) { return tag.kind->table.data() == customary.table.data(); });
+        return is_there ? nullptr : add(customary);
+    }
+    void save() override {}
+
+private:
+    struct Tag {
+        const Kind* kind;
+        std::unique_ptr<TagStore> store;
+    };
+
+    TagStore* add(const Kind& kind) {
+        // The customary tag of FLAC, and of those with ID3v2, comes first.
+        const bool is_first = &kind == &customary_kind(format());
+        return tags_.insert(is_first ? tags_.begin() : tags_.end(), Tag{&kind, kind.make()})->store.get();
+    }
+
+    std::vector<Tag> tags_;
+};
+
+class TagRules final : public FieldRules {
+public:
+    /// `kinds_of_tags`: of the tags that the file has, those that decide first; not empty. `alone`: the
+    /// fields that stand in it under names only that stand for them only_alone.
+    TagRules(Format format, std::vector<const Kind*> kinds_of_tags, std::vector<std::string_view> alone)
+        : format_(format), kinds_(std::move(kinds_of_tags)), alone_(std::move(alone)) {}
+
+    const char* resolve(const TrackInfo& info, const char* name) const override {
+        const FieldPlace* row = row_of_name(*kinds_.front(), name);
+        if (row == nullptr
+            || (row->only_alone && std::ranges::find(alone_, row->field) == alone_.end()
+                && info.find_field(row->field.data()) != no_field))
+            return name;
+        return same_text(row->field, name) ? name : row->field.data();
+    }
+
+    void settle(const TrackInfo& before, TrackInfo& after) const override {
+        const TrackInfoRecord old(before);
+        const TrackInfoRecord edited(after);
+        const std::vector<FieldChange> differences = field_changes(old.fields(), edited.fields());
+        if (differences.empty())
+            return;
+        const std::vector<FieldChange> changes = normalised(
+            differences, [](const std::string& name) { return name; }); // a record has resolved them
+        std::vector<TrackField> touched = with_what_stands_beside(changes, old.fields());
+        MemoryFile file(format_, kinds_);
+        for (TagStore* tag : file.tags())
+            for (const TrackField& field : touched)
+                try_set(*tag, field.name, field.values);
+        apply_changes(file, changes);
+        for (const FieldChange& change : changes)
+            touched.push_back({change.name, {}});
+        put(after, merged_fields(file), touched);
+    }
+
+private:
+    std::string_view field_of(std::string_view name) const {
+        const FieldPlace* row = row_of_name(*kinds_.front(), name);
+        return row == nullptr ? name : row->field;
+    }
+
+    /// The fields of `old` that are stored together with one that changes, or under another name of one;
+    /// those first that have their own names.
+    std::vector<TrackField> with_what_stands_beside(const std::vector<FieldChange>& changes,
+                                                    const std::vector<TrackField>& old) const {
+        std::vector<TrackField> result;
+        for (const TrackField& field : old) {
+            const PairNames* pair = find_pair(upper_name(field.name));
+            const bool is_beside = std::ranges::any_of(changes, [&](const FieldChange& change) {
+                return same_text(field_of(change.name), field_of(field.name))
+                       || (pair != nullptr && pair == find_pair(upper_name(change.name)));
+            });
+            if (is_beside)
+                result.push_back(field);
+        }
+        std::ranges::stable_partition(
+            result, [&](const TrackField& field) { return same_text(field_of(field.name), field.name); });
+        return result;
+    }
+
+    /// Gives `info`, of the fields in `touched`, those that are in `fields`.
+    static void put(TrackInfo& info, const std::vector<TrackField>& fields,
+                    const std::vector<TrackField>& touched) {
+        for (const TrackField& field : touched)
+            if (find_values(fields, field.name) == nullptr)
+                if (const std::size_t index = info.find_field(field.name.c_str()); index != no_field)
+                    info.remove_fields(MaskOne(index));
+        for (const TrackField& field : fields)
+            for (std::size_t i = 0; i < field.values.size(); ++i)
+                i == 0 ? info.set_field(field.name.c_str(), field.values[i].c_str())
+                       : info.add_value(field.name.c_str(), field.values[i].c_str());
+    }
+
+    const Format format_;
+    const std::vector<const Kind*> kinds_;
+    const std::vector<std::string_view> alone_;
+};
+
+std::vector<std::string_view> fields_alone(const Kind& kind, const TagStore& tag,
+                                           const std::vector<TrackField>& fields) {
+    std::vector<std::string_view> result;
+    for (const FieldPlace& row : kind.table)
+        if (row.only_alone && std::ranges::find(result, row.field) == result.end()
+            && find_values(fields, row.field) != nullptr
+            && tag.listed_name(std::string(row.place.substr(kind.prefix.size()))) == row.field)
+            result.push_back(row.field);
+    return result;
+}
+
+} // namespace
+
+const FieldRules& rules_of(AudioFile& file, const std::vector<TrackField>& fields) {
+    std::vector<const Kind*> kinds_of_tags;
+    std::vector<std::string_view> alone;
+    for (const TagStore* tag : file.tags())
+        if (const Kind* kind = find_kind(tag->kind())) {
+            if (kinds_of_tags.empty())
+                alone = fields_alone(*kind, *tag, fields);
+            kinds_of_tags.push_back(kind);
+        }
+    if (kinds_of_tags.empty())
+        kinds_of_tags.push_back(&customary_kind(file.format()));
+
+    using Key = std::tuple<Format, std::vector<const Kind*>, std::vector<std::string_view>>;
+    static std::mutex mutex; // guards the next
+    static std::map<Key, std::unique_ptr<TagRules>> made;
+    const std::lock_guard lock(mutex);
+    std::unique_ptr<TagRules>& rules = made[{file.format(), kinds_of_tags, alone}];
+    if (!rules)
+        rules = std::make_unique<TagRules>(file.format(), std::move(kinds_of_tags), std::move(alone));
+    return *rules;
+}
+
+} // namespace vantaro::core::tags

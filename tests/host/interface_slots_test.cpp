@@ -60,7 +60,8 @@ TEST(InterfaceSlots, OfTracks) {
               &I::set_field, &I::add_value, &I::insert_value, &I::modify_value, &I::remove_fields,
               &I::remove_values, &I::find_technical, &I::technical_count, &I::technical_name,
               &I::technical_value, &I::set_technical, &I::length, &I::set_length, &I::replay_gain,
-              &I::set_replay_gain, &I::copy);
+              &I::set_replay_gain, &I::copy, &I::rules);
+    INTERFACE(FieldRules, &I::resolve, &I::settle);
     INTERFACE(Mask, &I::selects);
     INTERFACE(TrackSink, &I::add);
     INTERFACE(TagChangeListener, &I::tags_changed);

@@ -94,14 +94,21 @@ const FieldChange* find_unmet(AudioFile& file, std::span<const FieldChange> chan
 } // namespace
 
 std::vector<FieldChange> normalised(std::span<const FieldChange> changes, const ResolveName& resolve) {
+    const auto is_named = [&](std::string_view name) {
+        return std::ranges::any_of(changes,
+                                   [&](const FieldChange& change) { return same_name(change, name); });
+    };
     std::vector<FieldChange> result;
     for (FieldChange change : changes) {
         check_texts(change);
-        if (const std::string name = resolve(change.name); !same_name(change, name))
+        if (const std::string name = resolve(change.name); !is_named(name))
             change.name = name;
         std::erase_if(result, [&](const FieldChange& other) { return same_name(other, change.name); });
         result.push_back(std::move(change));
     }
+    // What is called otherwise is a field of its own only beside the customary name.
+    std::ranges::stable_partition(
+        result, [&](const FieldChange& change) { return same_name(change, resolve(change.name)); });
     part_pairs(result);
     return result;
 }

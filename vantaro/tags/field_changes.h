@@ -16,8 +16,9 @@ namespace vantaro::core::tags {
 /// Gives the name under which the tags list a field.
 using ResolveName = std::function<std::string(const std::string&)>;
 
-/// One change a field, of several the last; names resolved; number and total apart. A name that resolves to
-/// itself keeps its spelling. Throws exception_io naming the field when no tag can hold the name or a value.
+/// One change a field, of several the last; names resolved, unless another change has the name that one
+/// resolves to; number and total apart. A name that resolves to itself keeps its spelling. Throws
+/// exception_io naming the field when no tag can hold the name or a value.
 std::vector<FieldChange> normalised(std::span<const FieldChange> changes, const ResolveName& resolve);
 
 /// The fields of all tags of the file: one of a tag that another before it has is left out.

@@ -16,6 +16,10 @@
 // MOVEMENTCOUNT. COMMENT:X and LYRICS:X are ID3v2 comments and lyrics of description X; PERFORMER:ROLE is a
 // musician with an instrument. Pictures, ratings, timed lyrics, chapters and other binary data are no fields.
 //
+// A name that a format's table has as another name for a field is that field, also for who looks at or edits the
+// record (FieldRules): ALBUM ARTIST is ALBUMARTIST. Names that programs use with more than one meaning, such as
+// YEAR or DESCRIPTION in a Vorbis comment, are the field only where the customary name is missing.
+//
 // Several tags in one file: a field comes from the first tag that has it. The order is the format's own tag
 // (FLAC: Vorbis comment), then ID3v2, APE, ID3v1 for MP3, FLAC and True Audio, APE, ID3v2, ID3v1 for Monkey's
 // Audio, Musepack and WavPack, and ID3v2, INFO for WAV. A change is made in every tag that the file has
@@ -58,7 +62,7 @@ struct FieldChange {
 std::vector<FieldChange> field_changes(const std::vector<TrackField>& before,
                                        const std::vector<TrackField>& after);
 
-/// Replaces the fields, technical fields, length and replay gain of `info` by those of the file.
+/// Replaces the fields, technical fields, length, replay gain and rules of `info` by those of the file.
 ///
 /// Technical fields, each absent when the format does not tell: codec, codec_profile, encoding ("lossless" or
 /// "lossy"), bitrate (kbit/s), samplerate (Hz), channels, bitspersample, tool, tagtype ("ID3v2.3|ID3v1"), and

@@ -149,8 +149,9 @@ public:
         const std::vector<FieldChange> differences = field_changes(old.fields(), edited.fields());
         if (differences.empty())
             return;
-        const std::vector<FieldChange> changes = normalised(
-            differences, [](const std::string& name) { return name; }); // a record has resolved them
+        std::vector<FieldChange> changes = normalised(
+            differences, [](const std::string& name) { return name; }); // the record has resolved them
+        own_names_first(changes);
         std::vector<TrackField> touched = with_what_stands_beside(changes, old.fields());
         MemoryFile file(format_, kinds_);
         for (TagStore* tag : file.tags())
@@ -182,9 +183,15 @@ private:
             if (is_beside)
                 result.push_back(field);
         }
-        std::ranges::stable_partition(
-            result, [&](const TrackField& field) { return same_text(field_of(field.name), field.name); });
+        own_names_first(result);
         return result;
+    }
+
+    /// Other names are fields of their own only beside them.
+    template <class Named>
+    void own_names_first(std::vector<Named>& fields) const {
+        std::ranges::stable_partition(
+            fields, [&](const Named& field) { return same_text(field_of(field.name), field.name); });
     }
 
     /// Gives `info`, of the fields in `touched`, those that are in `fields`.

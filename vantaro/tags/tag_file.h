@@ -16,9 +16,9 @@
 // MOVEMENTCOUNT. COMMENT:X and LYRICS:X are ID3v2 comments and lyrics of description X; PERFORMER:ROLE is a
 // musician with an instrument. Pictures, ratings, timed lyrics, chapters and other binary data are no fields.
 //
-// A name that a format's table has as another name for a field is that field, also for who looks at or edits the
-// record (FieldRules): ALBUM ARTIST is ALBUMARTIST. Names that programs use with more than one meaning, such as
-// YEAR or DESCRIPTION in a Vorbis comment, are the field only where the customary name is missing.
+// A name that a format's table has as another name for a field is that field, also for who looks at or edits
+// the record (FieldRules): ALBUM ARTIST is ALBUMARTIST. Names that programs use with more than one meaning,
+// such as YEAR or DESCRIPTION in a Vorbis comment, are the field only where the customary name is missing.
 //
 // Several tags in one file: a field comes from the first tag that has it. The order is the format's own tag
 // (FLAC: Vorbis comment), then ID3v2, APE, ID3v1 for MP3, FLAC and True Audio, APE, ID3v2, ID3v1 for Monkey's

@@ -241,7 +241,8 @@ int say_what_is_wrong(CLI::App& app, const CLI::ParseError& error) {
     if (error.get_exit_code() != 0 && has_no_verb) {
         if (say_unknown_verb(app))
             return core::exit_status::not_begun;
-        if (app.remaining(true).empty()) {
+        const bool is_bare = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+        if (is_bare && app.remaining(true).empty()) {
             core::print_output(app.help());
             return core::exit_status::not_begun;
         }

@@ -218,7 +218,9 @@ StoredScript script_from_json(std::string_view text) {
         if (name == "name" && value.is_string())
             script.name = value.get<std::string>();
         else if (name != "actions")
-            reject("script", "\"" + name + "\" has no place here");
+            reject("script", in_quotes(name)
+                                 + " has no place here; a script has \"actions\", and may have a "
+                                   "text as \"name\"");
     }
     if (script.name.find('\0') != std::string::npos)
         reject("script", "\"name\" holds a NUL character");

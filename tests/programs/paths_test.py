@@ -120,6 +120,9 @@ class Words(ProgramCase):
             outcome = self.run_program("quorvex", *arguments)
             self.assertEqual((outcome.status, outcome.stderr), (2, ""))
             self.assert_line(outcome.stdout, shown)
+        outcome = self.run_program("quorvex", "--jobs", "0")
+        self.assertEqual((outcome.status, outcome.stdout), (2, ""))
+        self.assert_line(outcome.stderr, "--jobs")
         for arguments, meant in [(["rnu", "s", "a.mp3"], "run"), (["tag"], "tags"), (["UNDO"], "undo"),
                                  (["scripts", "improt", "x"], "import")]:
             outcome = self.run_program("quorvex", *arguments)

@@ -12,7 +12,7 @@ namespace {
 /// As the album of a track is found: from the tags that the host holds.
 PatternResult try_album(std::span<const std::string> texts, const PatternSample* sample) {
     const std::string& pattern = texts[AutoTrackNumber::pattern];
-    if (auto fault = compile_fault(pattern))
+    if (auto fault = pattern_fault(pattern))
         return *std::move(fault);
     if (!sample)
         return {};

@@ -15,13 +15,16 @@ using namespace vantaro;
 
 namespace {
 
-/// What the host says of a pattern that does not compile.
+/// What the host says is wrong with the pattern; empty when it says nothing.
 std::string explanation(const std::string& pattern) {
-    std::string text = "The pattern does not compile.";
+    std::string text;
     for_each_service<TitleFormatDiagnosis>([&](TitleFormatDiagnosis& diagnosis) {
         std::size_t position = 0;
+        bool is_wrong = false;
         const std::string why =
-            text_of([&](TextSink& out) { diagnosis.explain(pattern.c_str(), out, position); });
+            text_of([&](TextSink& out) { is_wrong = diagnosis.explain(pattern.c_str(), out, position); });
+        if (!is_wrong)
+            return;
         std::string_view before = std::string_view(pattern).substr(0, position);
         std::size_t character = 1;
         for (; !before.empty(); ++character)
@@ -43,16 +46,18 @@ std::uint64_t present_time() {
                                           .count());
 }
 
-std::optional<PatternResult> compile_fault(const std::string& pattern) {
+std::optional<PatternResult> pattern_fault(const std::string& pattern) {
+    if (std::string text = explanation(pattern); !text.empty())
+        return PatternResult{PatternResult::State::remark, std::move(text)};
     TitleFormatScript* compiled = nullptr;
     if (!required_service<TitleFormatCompiler>()->compile(compiled, pattern.c_str()))
-        return PatternResult{PatternResult::State::remark, explanation(pattern)};
+        return PatternResult{PatternResult::State::remark, "The pattern does not compile."};
     Ref<TitleFormatScript>::adopt(compiled);
     return std::nullopt;
 }
 
 PatternResult try_title_pattern(const std::string& pattern, const PatternSample* sample, std::uint64_t time) {
-    if (auto fault = compile_fault(pattern))
+    if (auto fault = pattern_fault(pattern))
         return *std::move(fault);
     if (!sample)
         return {};

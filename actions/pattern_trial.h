@@ -14,11 +14,11 @@
 
 namespace quorvex {
 
-/// A title-formatting pattern: the text that it gives for the sample, or where it does not compile.
+/// A title-formatting pattern: the text that it gives for the sample, or what is wrong with it and where.
 /// `time` is what %now% gives, in units of 100 ns since 1601-01-01 UTC; 0 for nothing.
 PatternResult try_title_pattern(const std::string& pattern, const PatternSample* sample, std::uint64_t time);
-/// Why the pattern does not compile; nothing when it does.
-std::optional<PatternResult> compile_fault(const std::string& pattern);
+/// What is wrong with the pattern: it does not compile, or calls a function that is not there.
+std::optional<PatternResult> pattern_fault(const std::string& pattern);
 /// The present, in those units.
 std::uint64_t present_time();
 /// A guess pattern: the fields that it finds in a text.

@@ -92,4 +92,12 @@ std::string describe_changes(const TrackInfo& before, const TrackInfo& after) {
     return text.empty() ? no_changes : text;
 }
 
+std::string preview_text(const TrackInfo& before, const TrackInfo& after) {
+    return first_line(describe_changes(before, after));
+}
+
+std::string preview_text(const std::exception& failure) {
+    return first_line(std::string("Erorr: ") + failure.what());
+}
+
 } // namespace quorvex

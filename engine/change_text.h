@@ -7,6 +7,7 @@
 
 #include "host/api/track_info.h"
 
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -21,5 +22,10 @@ std::vector<std::string> changed_fields(const vantaro::TrackInfo& before, const 
 /// Compares the metadata fields: names without regard to the case of ASCII letters, values byte for byte and
 /// in order. Changed fields come in the order of their names; equal tags give no_changes.
 std::string describe_changes(const vantaro::TrackInfo& before, const vantaro::TrackInfo& after);
+
+/// What previews show: the same up to its first line break.
+std::string preview_text(const vantaro::TrackInfo& before, const vantaro::TrackInfo& after);
+/// What previews show of a track on which an action has thrown.
+std::string preview_text(const std::exception& failure);
 
 } // namespace quorvex

@@ -36,9 +36,9 @@ std::string PreviewRows::output(const Script& script, std::size_t row, const Act
         return no_cell;
     try {
         const Tags change = tags(script, row, skipped);
-        return first_line(describe_changes(change.before, change.after));
+        return preview_text(change.before, change.after);
     } catch (const std::exception& failure) {
-        return first_line(std::string("Erorr: ") + failure.what());
+        return preview_text(failure);
     }
 }
 

@@ -34,19 +34,20 @@ private:
 
 } // namespace
 
-int format(Session& session, const std::string& pattern, const std::vector<std::string>& paths) {
+int format(Session& session, const std::string& pattern, const PathOptions& paths) {
     auto compiled = core::compile_title_format(pattern);
     if (const auto* error = std::get_if<core::TitleFormatError>(&compiled)) {
         session.terminal.line("The pattern does not compile: position " + std::to_string(error->position)
                               + ": " + error->text);
         return core::exit_status::not_begun;
     }
+    const TrackList tracks = resolve_paths(session, paths);
     session.host.tag_io().read_tags_of(
-        own_tracks(resolve_paths(session, paths)), core::TagIO::Hold::yes,
+        own_tracks(tracks), core::TagIO::Hold::yes,
         std::make_unique<PrintFormatted>(session.terminal,
                                          std::get<Ref<core::TitleFormatProgram>>(std::move(compiled))));
     session.host.wait_until_idle();
-    return status_of(session);
+    return status_of(session, tracks);
 }
 
 } // namespace quorvex::command

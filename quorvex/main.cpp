@@ -3,10 +3,13 @@
 
 #include "component/entry/client.h"
 #include "component/own_services.h"
+#include "quorvex/input.h"
+#include "quorvex/nearest_word.h"
 #include "quorvex/verbs.h"
 #include "vantaro/application/command_line.h"
 #include "vantaro/application/exit_status.h"
 #include "vantaro/application/terminal_host.h"
+#include "vantaro/terminal/standard_output.h"
 
 #include <CLI/CLI.hpp>
 
@@ -33,9 +36,20 @@ struct Options {
     std::string pattern;
     std::string name;
     std::string file;
-    std::vector<std::string> paths;
+    bool replace = false;
+    bool only_changed = false;
+    std::string files_from;
+    PathOptions paths;
 
-    RunOptions run_options() const { return {script, paths, json}; }
+    RunOptions run_options() const { return {script, paths, json, only_changed}; }
+    void complete() {
+        for (std::string* text : {&setup.config_dir, &setup.component_dir, &setup.code_page, &script,
+                                  &pattern, &name, &file, &files_from})
+            core::take_guard_off(*text);
+        core::take_guard_off(paths.paths);
+        if (!files_from.empty())
+            paths.files_from = files_from;
+    }
 };
 
 /// Declares the command line. `chosen` becomes the verb that it names; both outlive the parsing.
@@ -70,12 +84,39 @@ private:
         verb.add_option(name, target, description)->required()->type_name("");
     }
     void paths(CLI::App& verb) {
-        verb.add_option("PATH", options_.paths, "Files, folders and playlists")->required()->type_name("");
+        Options& options = options_;
+        verb.add_option("PATH", options.paths.paths, "Files, folders and playlists")->type_name("");
+        CLI::Option* list = verb.add_option("--files-from", options.files_from,
+                                            "Take more paths from a file, one a line (-: standard input)");
+        list->type_name("FILE")->check(CLI::Validator(
+            [](const std::string& text) { return text.empty() ? "FILE has no name" : std::string(); }, ""));
+        verb.add_flag("-0,--null", options.paths.null_separated,
+                      "Paths in that file end with a NUL, as \"find -print0\" prints them")
+            ->needs(list);
+        verb.parse_complete_callback([&options] {
+            if (options.paths.paths.empty() && options.files_from.empty())
+                throw CLI::RequiredError("PATH");
+            if (options.script == standard_input && options.files_from == standard_input)
+                throw CLI::ValidationError("Standard input cannot be both the script and the list of paths");
+        });
     }
     void json(CLI::App& verb) { verb.add_flag("--json", options_.json, "Print one JSON object a line"); }
     void yes(CLI::App& verb) { verb.add_flag("--yes", options_.yes, "Answer every question with yes"); }
     void script(CLI::App& verb) {
-        text(verb, "SCRIPT", options_.script, "A script file (*.qvx or JSON), or the name of a saved script");
+        text(verb, "SCRIPT", options_.script,
+             "A script file (*.qvx or JSON; -: standard input), or the name of a saved script");
+    }
+
+    void run_number(CLI::App& verb, const char* description) {
+        verb.add_option("RUN", options_.run, description)
+            ->type_name("")
+            ->check(CLI::Validator(
+                [](const std::string& text) {
+                    const bool is_number = text.find_first_not_of("0123456789") == std::string::npos
+                                           && text.find_first_not_of('0') != std::string::npos;
+                    return is_number ? std::string() : '"' + text + "\" is no number of a run";
+                },
+                ""));
     }
 
     void declare_tracks(CLI::App& app) {
@@ -84,7 +125,10 @@ private:
             return options.dry_run ? preview(session, options.run_options())
                                    : run(session, options.run_options());
         });
-        run_verb.add_flag("--dry-run", options.dry_run, "Print what would change, and change nothing");
+        CLI::Option* dry_run =
+            run_verb.add_flag("--dry-run", options.dry_run, "Print what would change, and change nothing");
+        run_verb.add_flag("--changed", options.only_changed, "Print only the tracks that change")
+            ->needs(dry_run);
         yes(run_verb);
         json(run_verb);
         script(run_verb);
@@ -93,6 +137,7 @@ private:
         CLI::App& preview_verb =
             verb(app, "preview", "Print what a script would change",
                  [&options](Session& session) { return preview(session, options.run_options()); });
+        preview_verb.add_flag("--changed", options.only_changed, "Print only the tracks that change");
         yes(preview_verb);
         json(preview_verb);
         script(preview_verb);
@@ -113,31 +158,28 @@ private:
 
     void declare_runs(CLI::App& app) {
         Options& options = options_;
-        CLI::App& runs_verb = verb(app, "runs", "Print the runs that can be undone, newest first",
-                                   [&options](Session& session) { return runs(session, options.json); });
+        CLI::App& runs_verb =
+            verb(app, "runs", "Print the runs that can be undone, newest first, or the files of one",
+                 [&options](Session& session) {
+                     return options.run == 0 ? runs(session, options.json)
+                                             : files_of_run(session, options.run, options.json);
+                 });
         json(runs_verb);
+        run_number(runs_verb, "Number of a run, whose files are printed");
         CLI::App& undo_verb =
             verb(app, "undo", "Give every file of a run its old bytes back", [&options](Session& session) {
                 return undo(session, options.run, options.times, options.json);
             });
-        undo_verb
-            .add_option("RUN", options.run, "Number of a run; without it, the newest that was not undone")
-            ->type_name("")
-            ->check(CLI::Validator(
-                [](const std::string& text) {
-                    const bool is_number = text.find_first_not_of("0123456789") == std::string::npos
-                                           && text.find_first_not_of('0') != std::string::npos;
-                    return is_number ? std::string() : '"' + text + "\" is no number of a run";
-                },
-                ""));
+        run_number(undo_verb, "Number of a run; without it, the newest that was not undone");
         undo_verb.add_flag("--times", options.times, "Give the files their old times of change, too");
         json(undo_verb);
     }
 
     void declare_scripts(CLI::App& app) {
         Options& options = options_;
-        CLI::App& kinds_verb = verb(app, "kinds", "Print the kinds of actions that scripts may hold",
-                                    [&options](Session&) { return kinds(options.json); });
+        CLI::App& kinds_verb =
+            verb(app, "kinds", "Print the kinds of actions that scripts may hold, and their settings",
+                 [&options](Session&) { return kinds(options.json); });
         json(kinds_verb);
 
         CLI::App* scripts = app.add_subcommand("scripts", "The saved scripts");
@@ -147,10 +189,13 @@ private:
                               [&options](Session&) { return show_script(options.name); });
         text(show, "NAME", options.name, "Name of a saved script");
         CLI::App& import =
-            verb(*scripts, "import", "Save the script of a file",
-                 [&options](Session& session) { return import_script(session, options.file, options.name); });
-        text(import, "FILE", options.file, "A script file (*.qvx or JSON)");
-        import.add_option("--name", options.name, "Save it under this name")->type_name("NAME");
+            verb(*scripts, "import", "Save the script of a file", [&options](Session& session) {
+                return import_script(session, options.file, options.name, options.replace);
+            });
+        text(import, "FILE", options.file, "A script file (*.qvx or JSON; -: standard input)");
+        import.add_option("--name", options.name, "Save it under this name, not that of the file")
+            ->type_name("NAME");
+        import.add_flag("--replace", options.replace, "Replace a saved script of that name");
         CLI::App& export_verb =
             verb(*scripts, "export", "Write one to a file (*.qvx, or *.json for the text form)",
                  [&options](Session&) { return export_script(options.name, options.file); });
@@ -166,18 +211,60 @@ private:
     Verb& chosen_;
 };
 
+/// The command whose verbs those are that the command line chooses from in the end.
+CLI::App& innermost(CLI::App& app) {
+    const std::vector<CLI::App*> chosen = app.get_subcommands();
+    return chosen.empty() ? app : innermost(*chosen.back());
+}
+
+/// Says which word is no verb. Returns false where that is not what is wrong.
+bool say_unknown_verb(CLI::App& app) {
+    const CLI::App& asked = innermost(app);
+    const std::vector<const CLI::App*> verbs = asked.get_subcommands([](const CLI::App*) { return true; });
+    std::vector<std::string> unknown = app.remaining(true);
+    if (verbs.empty() || unknown.empty() || unknown.front().starts_with('-'))
+        return false;
+    core::take_guard_off(unknown);
+    std::vector<std::string> names;
+    for (const CLI::App* verb : verbs)
+        names.push_back(verb->get_name());
+    const std::string* meant = nearest_word(unknown.front(), names);
+    const std::string program = &asked == &app ? "quorvex" : "quorvex " + asked.get_name();
+    core::Terminal().line(
+        "quorvex: There is no verb \"" + unknown.front() + "\"; "
+        + (meant ? "did you mean \"" + *meant + "\"?" : '"' + program + " --help\" lists them."));
+    return true;
+}
+
+int say_what_is_wrong(CLI::App& app, const CLI::ParseError& error) {
+    const bool has_no_verb = !innermost(app).get_subcommands([](const CLI::App*) { return true; }).empty();
+    if (error.get_exit_code() != 0 && has_no_verb) {
+        if (say_unknown_verb(app))
+            return core::exit_status::not_begun;
+        const bool is_bare = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+        if (is_bare && app.remaining(true).empty()) {
+            core::print_output(app.help());
+            return core::exit_status::not_begun;
+        }
+    }
+    if (std::vector<std::string> unknown = app.remaining(true); !unknown.empty()) {
+        core::take_guard_off(unknown);
+        core::Terminal().line("quorvex: \"" + unknown.front() + "\" is not known here.");
+    }
+    return core::say_why_not_parsed(app, error);
+}
+
 int start(int argc, char** argv) {
     CLI::App app("Edits the tags of many music files at once with scripts of actions.", "quorvex");
     Options options;
     Verb verb;
     CommandLine command_line(app, options, verb);
     try {
-        app.parse(argc, argv);
+        app.parse(core::guarded_arguments(argc, argv));
     } catch (const CLI::ParseError& error) {
-        if (const std::vector<std::string> unknown = app.remaining(); !unknown.empty())
-            core::Terminal().line("quorvex: \"" + unknown.front() + "\" is not known here.");
-        return core::say_why_not_parsed(app, error);
+        return say_what_is_wrong(app, error);
     }
+    options.complete();
 
     std::unique_ptr<core::UpdateWatcher> next_watcher;
     options.setup.make_watcher = [&](std::size_t, vantaro::WindowHandle) { return std::move(next_watcher); };

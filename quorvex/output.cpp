@@ -2,9 +2,16 @@
 
 #include "vantaro/terminal/standard_output.h"
 
+#include <array>
+#include <ctime>
+
 namespace quorvex::command {
 
 using namespace vantaro;
+
+Json track_object(const TrackHandle& track) {
+    return {{"path", track.path()}, {"subsong", track.subsong()}};
+}
 
 Json fields_object(const TrackInfoRecord& info) {
     Json object = Json::object();
@@ -27,6 +34,15 @@ void print_json(const Json& object) {
 
 void print_line(std::string_view line) {
     core::print_output(std::string(line) + '\n');
+}
+
+std::string local_time(std::int64_t nanoseconds) {
+    constexpr std::int64_t second = 1'000'000'000;
+    const std::time_t time = nanoseconds / second;
+    std::tm parts{};
+    ::localtime_r(&time, &parts);
+    std::array<char, 32> text{};
+    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts)};
 }
 
 void hint_at_undo(vantaro::core::Terminal& terminal, std::uint64_t run) {

@@ -24,8 +24,8 @@ namespace {
 /// Remembers why tracks could not be read.
 class RememberFailures final : public core::UpdateLines {
 public:
-    RememberFailures(core::Terminal& terminal, std::map<const TrackHandle*, std::string>& failures)
-        : UpdateLines(terminal, "Reading"), failures_(failures) {}
+    RememberFailures(core::Terminal& terminal, bool json, std::map<const TrackHandle*, std::string>& failures)
+        : UpdateLines(terminal, "Reading", failures_told(json)), failures_(failures) {}
 
     void on_track(const core::TrackOutcome& outcome, std::size_t done, std::size_t total) override {
         UpdateLines::on_track(outcome, done, total);
@@ -51,10 +51,10 @@ PreviewedTrack preview_track(DryRun& dry_run, const Script& script, std::size_t 
     track.after.copy(track.before);
     try {
         track.after = dry_run.outcome(script, row, track.before);
-        track.changes = describe_changes(track.before, track.after);
+        track.changes = preview_text(track.before, track.after);
     } catch (const std::exception& error) {
         track.error = error.what();
-        track.changes = "Erorr: " + track.error;
+        track.changes = preview_text(error);
     }
     return track;
 }
@@ -86,28 +86,38 @@ void print(const TrackHandle& handle, const PreviewedTrack& track, bool json) {
         print_line(core::printable(handle.path()) + ": " + core::printable(track.changes));
         return;
     }
-    Json object{{"path", handle.path()},
-                {"subsong", handle.subsong()},
-                {"before", fields_object(track.before)},
-                {"after", fields_object(track.after)},
-                {"changes", track.changes}};
-    if (!track.error.empty())
+    Json object = track_object(handle);
+    object["before"] = fields_object(track.before);
+    if (track.error.empty()) {
+        object["after"] = fields_object(track.after);
+        object["changes"] = track.changes;
+    } else {
         object["error"] = track.error;
+    }
+    print_json(object);
+}
+
+void print_unreadable(const TrackHandle& handle, const std::string& error) {
+    Json object = track_object(handle);
+    object["error"] = error;
     print_json(object);
 }
 
 } // namespace
 
 int preview(Session& session, const RunOptions& options) {
-    const StoredScript stored = load_named_script(options.script);
+    const StoredScript stored = load_named_script(session, options.script);
     const TrackList tracks = resolve_paths(session, options.paths);
+    if (tracks.empty())
+        return status_of(session, tracks);
     const std::optional<Script> script = load_script_or_ask(stored, nullptr);
     if (!script)
         return core::exit_status::not_begun;
 
     std::map<const TrackHandle*, std::string> failures;
-    session.host.tag_io().read_tags_of(own_tracks(tracks), core::TagIO::Hold::yes,
-                                       std::make_unique<RememberFailures>(session.terminal, failures));
+    session.host.tag_io().read_tags_of(
+        own_tracks(tracks), core::TagIO::Hold::yes,
+        std::make_unique<RememberFailures>(session.terminal, options.json, failures));
     session.host.wait_until_idle();
 
     DryRun dry_run(tracks);
@@ -116,14 +126,15 @@ int preview(Session& session, const RunOptions& options) {
     for (std::size_t row = 0; row < tracks.size() && !session.host.interrupt().is_aborting(); ++row) {
         if (const auto failure = failures.find(tracks[row].get()); failure != failures.end()) {
             if (options.json)
-                print(*tracks[row], {{}, {}, "No changes", failure->second}, true);
+                print_unreadable(*tracks[row], failure->second);
             continue;
         }
         const PreviewedTrack track = preview_track(dry_run, *script, first_rows.edited_row(row));
         failed |= !track.error.empty();
-        print(*tracks[row], track, options.json);
+        if (!options.only_changed || !track.error.empty() || track.changes != no_changes)
+            print(*tracks[row], track, options.json);
     }
-    const int status = status_of(session);
+    const int status = status_of(session, tracks);
     return status == core::exit_status::done && failed ? core::exit_status::some_failed : status;
 }
 

@@ -1,11 +1,11 @@
 #include "quorvex/output.h"
 #include "quorvex/verbs.h"
 
+#include "host/api/exceptions.h"
 #include "vantaro/application/exit_status.h"
+#include "vantaro/journal/shrink.h"
 #include "vantaro/terminal/terminal.h"
 
-#include <array>
-#include <ctime>
 #include <map>
 
 namespace quorvex::command {
@@ -14,17 +14,17 @@ using namespace vantaro;
 
 namespace {
 
-std::string local_time(std::int64_t nanoseconds) {
-    constexpr std::int64_t second = 1'000'000'000;
-    const std::time_t time = nanoseconds / second;
-    std::tm parts{};
-    ::localtime_r(&time, &parts);
-    std::array<char, 32> text{};
-    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts)};
-}
-
 std::string files_text(std::uint64_t count) {
     return std::to_string(count) + (count == 1 ? " file" : " files");
+}
+
+/// Empty where the journal is damaged.
+std::string path_of(const core::OpenFile& journal, std::uint64_t position) {
+    try {
+        return core::read_change(journal, position).change.path;
+    } catch (const vantaro_io::exception_io&) {
+        return {};
+    }
 }
 
 } // namespace
@@ -68,6 +68,29 @@ int runs(Session& session, bool json) {
         print_line(line);
     }
     return core::exit_status::done;
+}
+
+int files_of_run(Session& session, std::uint64_t number, bool json) {
+    const core::OpenFile journal = session.host.runs().open(number);
+    const core::MadeChanges made = core::made_changes(journal);
+    bool all_known = true;
+    const auto print = [&](const std::string& path) {
+        if (path.empty())
+            all_known = false;
+        else if (json)
+            print_json(Json{{"path", path}});
+        else
+            print_line(core::printable(path));
+    };
+    for (const core::MadeChange& change : made.changes)
+        print(path_of(journal, change.position));
+    for (const std::string& path : made.damaged)
+        print(path);
+    if (all_known && made.damaged.empty())
+        return core::exit_status::done;
+    session.terminal.line("The journal of run " + std::to_string(number)
+                          + " is damaged; files may be missing here.");
+    return core::exit_status::some_failed;
 }
 
 } // namespace quorvex::command

@@ -1,10 +1,12 @@
 // The saved scripts: listing, showing, importing, exporting, deleting.
 
+#include "quorvex/input.h"
 #include "quorvex/output.h"
 #include "quorvex/script_json.h"
 #include "quorvex/script_source.h"
 #include "quorvex/verbs.h"
 
+#include "host/access.h"
 #include "host/filesystem_access.h"
 #include "script/script_library.h"
 #include "script/script_stream.h"
@@ -31,6 +33,16 @@ int change_library(Session& session, const std::function<void()>& change) {
                                                       : core::exit_status::some_failed;
 }
 
+bool is_confirmed(const std::string& message) {
+    PopupQuestion::Request question;
+    question.title = "Warning";
+    question.message = message.c_str();
+    question.buttons = button::yes | button::no;
+    question.default_button = button::no;
+    question.icon = popup_icon::warning;
+    return required_service<PopupQuestion>()->ask(question) == button::yes;
+}
+
 bool has_json_name(const std::string& path) {
     return std::filesystem::path(path).extension() == ".json";
 }
@@ -49,11 +61,21 @@ int show_script(const std::string& name) {
     return core::exit_status::done;
 }
 
-int import_script(Session& session, const std::string& path, std::string name) {
-    StoredScript script = read_script(path);
+int import_script(Session& session, const std::string& path, std::string name, bool replace) {
+    if (name.empty() && path == standard_input)
+        throw vantaro_io::exception_io("A script from standard input needs a name: give one with --name.");
+    StoredScript script = read_script(session, path);
     if (name.empty())
-        name = !script.name.empty() ? script.name : std::filesystem::path(path).stem().string();
-    return change_library(session, [&] { script_library().store_script(name, std::move(script.actions)); });
+        name = std::filesystem::path(path).stem().string();
+    const auto is_free = [&] { return !script_library().find_script(name).has_value(); };
+    if (!replace && !is_free())
+        replace = is_confirmed("There is a saved script \"" + name + "\". Replace it ?");
+    return change_library(session, [&] {
+        if (!replace && !is_free())
+            throw vantaro_io::exception_io("There is a saved script \"" + name
+                                           + "\" already; --replace replaces it.");
+        script_library().store_script(name, std::move(script.actions));
+    });
 }
 
 int export_script(const std::string& name, const std::string& path) {

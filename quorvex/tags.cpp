@@ -38,13 +38,14 @@ void print_fields(const core::TrackOutcome& outcome) {
 
 class PrintTags final : public core::UpdateLines {
 public:
-    PrintTags(core::Terminal& terminal, bool json) : UpdateLines(terminal, "Reading"), json_(json) {}
+    PrintTags(core::Terminal& terminal, bool json)
+        : UpdateLines(terminal, "Reading", failures_told(json)), json_(json) {}
 
     void on_track(const core::TrackOutcome& outcome, std::size_t done, std::size_t total) override {
         UpdateLines::on_track(outcome, done, total);
         const bool failed = outcome.state == core::TrackOutcome::State::failed;
         if (json_) {
-            Json object{{"path", outcome.track->path()}, {"subsong", outcome.track->subsong()}};
+            Json object = track_object(*outcome.track);
             if (failed) {
                 object["error"] = outcome.error;
             } else {
@@ -63,11 +64,12 @@ private:
 
 } // namespace
 
-int tags(Session& session, const std::vector<std::string>& paths, bool json) {
-    session.host.tag_io().read_tags_of(own_tracks(resolve_paths(session, paths)), core::TagIO::Hold::no,
+int tags(Session& session, const PathOptions& paths, bool json) {
+    const TrackList tracks = resolve_paths(session, paths);
+    session.host.tag_io().read_tags_of(own_tracks(tracks), core::TagIO::Hold::no,
                                        std::make_unique<PrintTags>(session.terminal, json));
     session.host.wait_until_idle();
-    return status_of(session);
+    return status_of(session, tracks);
 }
 
 } // namespace quorvex::command

@@ -1,5 +1,7 @@
 #include "quorvex/tracks.h"
 
+#include "quorvex/input.h"
+
 #include "vantaro/application/exit_status.h"
 
 namespace quorvex::command {
@@ -16,18 +18,19 @@ public:
 
 } // namespace
 
-TrackList resolve_paths(Session& session, const std::vector<std::string>& paths) {
+TrackList resolve_paths(Session& session, const PathOptions& options) {
     Collector collector;
     core::AbortSignal abort; // the host adds its own
-    for (const std::string& path : paths) {
+    for (const std::string& path : named_paths(session, options)) {
         try {
             session.host.tag_io().resolve_location(path.c_str(), collector, abort);
         } catch (const vantaro_io::exception_io& error) {
             session.terminal.line(error.what());
-        } catch (const vantaro_io::exception_aborted&) {
-            return {};
         }
     }
+    session.host.tag_io().report_passed_over();
+    if (collector.tracks.empty() && !session.host.tag_io().has_failures())
+        session.terminal.line("Nothing to do: there are no music files.");
     return std::move(collector.tracks);
 }
 
@@ -39,11 +42,13 @@ std::vector<core::Track*> own_tracks(const TrackList& tracks) {
     return own;
 }
 
-int status_of(const Session& session) {
+int status_of(const Session& session, const TrackList& tracks) {
     namespace status = core::exit_status;
     if (session.host.interrupt().is_aborting())
         return status::interrupted;
-    return session.host.tag_io().has_failures() ? status::some_failed : status::done;
+    if (session.host.tag_io().has_failures())
+        return status::some_failed;
+    return tracks.empty() ? status::not_begun : status::done;
 }
 
 } // namespace quorvex::command

@@ -5,6 +5,9 @@
 #include "vantaro/application/exit_status.h"
 #include "vantaro/common/present.h"
 #include "vantaro/journal/undo.h"
+#include "vantaro/terminal/failure_lines.h"
+
+#include <algorithm>
 
 namespace quorvex::command {
 
@@ -14,12 +17,13 @@ namespace {
 
 class PrintUndo final : public core::UndoObserver {
 public:
-    PrintUndo(core::Terminal& terminal, bool json) : terminal_(terminal), json_(json) {}
+    PrintUndo(core::Terminal& terminal, bool json)
+        : terminal_(terminal), failures_(terminal, failures_told(json)), json_(json) {}
 
     void on_file(const std::string& path, const std::string& error, std::size_t done,
                  std::size_t total) override {
         if (!error.empty())
-            terminal_.line(path + ": " + error);
+            failures_.add(path, error);
         if (json_) {
             Json object{{"path", path}};
             if (!error.empty())
@@ -28,17 +32,44 @@ public:
         }
         terminal_.progress("Undoing", done, total);
     }
+    void end() {
+        terminal_.end_progress();
+        failures_.end();
+    }
 
 private:
     core::Terminal& terminal_;
+    core::FailureLines failures_;
     const bool json_;
 };
 
-std::uint64_t newest_run(const core::RunStore& store) {
-    const auto run = core::newest_run_to_undo(store.runs());
-    if (!run)
-        throw vantaro_io::exception_io_not_found("There is no run that can be undone");
-    return run->number;
+/// The run of that number, or for 0 the newest that can be undone. One that is not there is left for the undo
+/// itself to report.
+core::RunSummary run_to_undo(const core::RunStore& store, std::uint64_t number) {
+    const std::vector<core::RunSummary> runs = store.runs();
+    if (number == 0) {
+        const auto newest = core::newest_run_to_undo(runs);
+        if (!newest)
+            throw vantaro_io::exception_io_not_found("There is no run that can be undone");
+        return *newest;
+    }
+    const auto found = std::ranges::find(runs, number, &core::RunSummary::number);
+    if (found != runs.end())
+        return *found;
+    core::RunSummary unknown;
+    unknown.number = number;
+    return unknown;
+}
+
+void tell_which(Session& session, const core::RunSummary& run, bool json) {
+    if (run.start.time == 0)
+        return;
+    const std::string line = "Undoing run " + std::to_string(run.number) + " of " + local_time(run.start.time)
+                             + ": " + core::printable(run.start.activity);
+    if (json)
+        session.terminal.hint(line);
+    else
+        print_line(line);
 }
 
 bool has_later_run(const core::RunStore& store, std::uint64_t number) {
@@ -50,13 +81,14 @@ bool has_later_run(const core::RunStore& store, std::uint64_t number) {
 
 int undo(Session& session, std::uint64_t number, bool times, bool json) {
     core::RunStore& store = session.host.runs();
-    if (number == 0)
-        number = newest_run(store);
+    const core::RunSummary which = run_to_undo(store, number);
+    number = which.number;
+    tell_which(session, which, json);
     PrintUndo observer(session.terminal, json);
     const auto report_line = [&](const std::string& line) { session.terminal.line(line); };
     const core::UndoReport report = core::undo_run(store, number, {times, core::present(), report_line},
                                                    observer, session.host.interrupt());
-    session.terminal.end_progress();
+    observer.end();
     if (!json)
         print_line("Run " + std::to_string(number) + ": " + std::to_string(report.total)
                    + (report.total == 1 ? " file: " : " files: ") + std::to_string(report.put_back)

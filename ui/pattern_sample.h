@@ -36,8 +36,8 @@ struct PatternResult {
     std::string text;
 };
 
-/// Tries one of the settings of a dialog. `texts` are all of them, as they are typed; `sample` may be
-/// nullptr.
+/// Tries one of the settings of a dialog. `texts` are all of them, as they are typed. `sample` may be
+/// nullptr: a remark then says what is wrong with the setting, whatever the track.
 using PatternTrial = PatternResult(std::span<const std::string> texts, const PatternSample* sample);
 
 } // namespace quorvex

@@ -25,6 +25,17 @@ const SettingControl* first_rejected(const SettingsDialog& dialog, std::span<con
     return nullptr;
 }
 
+std::optional<SettingFault> first_fault(const SettingsDialog& dialog, std::span<const std::string> texts) {
+    if (const SettingControl* rejected = first_rejected(dialog, texts))
+        return SettingFault{rejected->setting, rejected->check.message, rejected->check.allowed};
+    for (const SettingControl& control : dialog.controls)
+        if (control.trial)
+            if (PatternResult tried = control.trial(texts, nullptr);
+                tried.state == PatternResult::State::remark)
+                return SettingFault{control.setting, std::move(tried.text), {}};
+    return std::nullopt;
+}
+
 void store_settings(const SettingsRequest& request, std::vector<std::string> texts) {
     for (const SettingControl& control : request.dialog.controls)
         if (control.history)

@@ -20,6 +20,8 @@
 #include "ui/pattern_sample.h"
 #include "ui/setting.h"
 
+#include <optional>
+
 namespace quorvex {
 
 /// What must hold for the text of a control before anything is stored.
@@ -28,16 +30,19 @@ struct InputCheck {
     bool (*accepts)(std::string_view text) = nullptr;
     /// What the person is told otherwise.
     const char* message = "";
+    /// What it accepts, for people who write scripts by hand.
+    const char* allowed = "any text";
 };
 
 bool is_not_empty(std::string_view text);
 bool is_field_name(std::string_view text);
 
 constexpr InputCheck not_empty(const char* message) {
-    return {is_not_empty, message};
+    return {is_not_empty, message, "a text that is not empty"};
 }
 inline constexpr InputCheck any_text;
-inline constexpr InputCheck a_field_name{is_field_name, "Please enter a valid field name."};
+inline constexpr InputCheck a_field_name{is_field_name, "Please enter a valid field name.",
+                                         "ASCII characters without = % < >"};
 inline constexpr InputCheck a_pattern = not_empty("Please enter a pattern.");
 
 /// The control that holds a setting.
@@ -69,6 +74,15 @@ struct SettingsRequest {
 
 /// The first control whose text is rejected; nullptr when all may be stored. `texts`: one text a setting.
 const SettingControl* first_rejected(const SettingsDialog& dialog, std::span<const std::string> texts);
+/// The first setting with which something is wrong, for scripts that were not made in dialogs: what a dialog
+/// would not store, or says of a pattern while it is being typed. `texts` as above.
+struct SettingFault {
+    std::size_t setting;
+    std::string message;
+    /// What the setting may be; empty where the message says it.
+    std::string_view allowed;
+};
+std::optional<SettingFault> first_fault(const SettingsDialog& dialog, std::span<const std::string> texts);
 /// Puts confirmed texts into the histories, the variables that remember them, and the action.
 void store_settings(const SettingsRequest& request, std::vector<std::string> texts);
 

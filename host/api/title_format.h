@@ -38,8 +38,9 @@ class TitleFormatDiagnosis : public ServiceBase {
 public:
     static constexpr Guid class_guid = guid("{7A94D3B2-61CE-4F08-9B57-E2C40D8A1F63}");
 
-    /// Returns false for a pattern that compiles, and sets nothing. Otherwise sets a sentence that says why
-    /// it does not, and in `position` the byte of the pattern, from 0, where that shows.
+    /// Returns false for a pattern without a mistake, and sets nothing. Otherwise sets a sentence that says
+    /// what is wrong, and in `position` the byte of the pattern, from 0, where that shows. A pattern that
+    /// compiles has a mistake when it calls a function that the host does not know: only a hook can know it.
     virtual bool explain(const char* pattern, TextSink& text, std::size_t& position) = 0;
 
 protected:

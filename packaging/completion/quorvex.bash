@@ -46,17 +46,23 @@ _quorvex() {
     local cur prev words cword split
     _init_completion -s -n : || return
     _quorvex_common_value && return
-    if [[ $prev == --name ]]; then
-        _quorvex_offer_lines < <(_quorvex_ask scripts list)
-        return
-    fi
+    case $prev in
+        --name)
+            _quorvex_offer_lines < <(_quorvex_ask scripts list)
+            return
+            ;;
+        --files-from)
+            _filedir
+            return
+            ;;
+    esac
     $split && return
 
     # The verb, and how many words after it are no options.
     local verb='' count=0 i
     for ((i = 1; i < cword; i++)); do
         case ${words[i]} in
-            --config-dir | --components | --jobs | --code-page | --name) ((i++)) ;;
+            --config-dir | --components | --jobs | --code-page | --name | --files-from) ((i++)) ;;
             -*) ;;
             *)
                 if [[ -z $verb || $verb == scripts ]]; then
@@ -72,11 +78,13 @@ _quorvex() {
         local options='--help --config-dir --components --jobs --code-page'
         case $verb in
             '') options+=' --version' ;;
-            run) options+=' --dry-run --yes --json' ;;
-            preview) options+=' --yes --json' ;;
-            tags | runs | kinds) options+=' --json' ;;
+            run) options+=' --dry-run --changed --yes --json --files-from --null' ;;
+            preview) options+=' --changed --yes --json --files-from --null' ;;
+            tags) options+=' --json --files-from --null' ;;
+            format) options+=' --files-from --null' ;;
+            runs | kinds) options+=' --json' ;;
             undo) options+=' --times --json' ;;
-            'scripts import') options+=' --name' ;;
+            'scripts import') options+=' --name --replace' ;;
         esac
         COMPREPLY=($(compgen -W "$options" -- "$cur"))
         return
@@ -90,7 +98,7 @@ _quorvex() {
             _quorvex_offer_lines < <(_quorvex_ask scripts list)
             ;;
         run:* | preview:* | tags:* | format:[1-9]*) _quorvex_tracks ;;
-        undo:0)
+        undo:0 | runs:0)
             _quorvex_offer_lines < <(_quorvex_ask runs | cut -d ' ' -f 1)
             compopt -o nosort 2>/dev/null # the newest first
             ;;

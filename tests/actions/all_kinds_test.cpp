@@ -81,21 +81,22 @@ TEST_F(AllKinds, SettingsHaveNames) {
     for (const ActionMenuEntry& entry : action_menu()) {
         const Example& example =
             *std::ranges::find_if(examples, [&](const Example& row) { return entry.name == row.name; });
-        const auto settings = settings_of(entry.type->get_guid());
-        ASSERT_TRUE(settings) << entry.name;
-        const std::vector<std::string> texts = split_settings(*settings, example.parameters);
+        const auto known = settings_of(entry.type->get_guid());
+        ASSERT_TRUE(known) << entry.name;
+        const std::span<const Setting> settings = known->rows;
+        const std::vector<std::string> texts = split_settings(settings, example.parameters);
         std::string text;
         for (std::size_t i = 0; i < texts.size(); ++i)
-            text += std::string((*settings)[i].name) + '=' + texts[i] + '|';
+            text += std::string(settings[i].name) + '=' + texts[i] + '|';
         EXPECT_EQ(text, example.settings);
         EXPECT_EQ(join_settings(texts), example.parameters);
         // The table finds malformed what the kind does.
         for (const char* other :
              {"", "a", "a\nb", "a\nb\nc", "a\nb\nx", "a\nb\nc\nn", "a\nb\nc\nd\nn", "\n\n\n\n"}) {
-            if (settings->empty())
+            if (settings.empty())
                 continue;
             const bool is_split = test::failure_of([&] {
-                                      EXPECT_EQ(join_settings(split_settings(*settings, other)), other);
+                                      EXPECT_EQ(join_settings(split_settings(settings, other)), other);
                                   }).empty();
             EXPECT_EQ(is_split, bool(instantiate({entry.type->get_guid(), other}, *notify_)))
                 << entry.name << other;

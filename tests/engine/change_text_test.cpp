@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 namespace quorvex {
 namespace {
 
@@ -59,6 +61,15 @@ TEST(ChangeText, IsOfMetadataOnly) {
     edited.set_length(3);
     edited.set_replay_gain({.track_gain = 1});
     EXPECT_EQ(describe_changes(TrackInfoRecord(), edited), "No changes");
+}
+
+TEST(ChangeText, PreviewsEndAtTheFirstLineBreak) {
+    TrackInfoRecord after;
+    after.set_field("A\nB", "x");
+    EXPECT_EQ(describe_changes(TrackInfoRecord(), after), "A\nB = \"x\"");
+    EXPECT_EQ(preview_text(TrackInfoRecord(), after), "A (...)");
+    EXPECT_EQ(preview_text(after, after), no_changes);
+    EXPECT_EQ(preview_text(std::runtime_error("no\r\nway")), "Erorr: no (...)");
 }
 
 } // namespace

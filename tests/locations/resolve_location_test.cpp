@@ -65,12 +65,25 @@ TEST_F(ResolveLocation, RelativeToTheCurrentFolder) {
     std::filesystem::current_path(before);
 }
 
-TEST_F(ResolveLocation, NamedFileWhateverItsExtension) {
-    folder_.write("no\xFF name.txt");
-    folder_.link("no\xFF name.txt", "link");
-    EXPECT_EQ(resolve(folder_.path("no\xFF name.txt")).paths, full({"no\xFF name.txt"}));
-    EXPECT_EQ(resolve("file://" + folder_.path("no%ff%20name.txt")).paths, full({"no\xFF name.txt"}));
-    EXPECT_EQ(resolve(folder_.path("link")).paths, full({"link"})) << "links stay in the path";
+TEST_F(ResolveLocation, NamedFilesUnlessTheirExtensionIsOfNoMusic) {
+    for (const char* name : {"no\xFF name.mp3", "01. Intro", "bare", ".hidden", "cover.jpg", "x.Nfo"})
+        folder_.write(name);
+    folder_.link("no\xFF name.mp3", "link");
+    folder_.write("list.m3u", "cover.jpg\nbare\nx.Nfo\n");
+    for (const char* name : {"no\xFF name.mp3", "01. Intro", "bare", ".hidden", "link"})
+        EXPECT_EQ(resolve(folder_.path(name)).paths, full({name})) << "links stay in the path";
+    EXPECT_EQ(resolve("file://" + folder_.path("no%ff%20name.mp3")).paths, full({"no\xFF name.mp3"}));
+    const ResolvedLocation alone = resolve(folder_.path("cover.jpg"));
+    EXPECT_THAT(alone.paths, IsEmpty());
+    EXPECT_THAT(alone.problems, IsEmpty());
+    EXPECT_EQ(passed_over_line(alone.passed_over),
+              folder_.path("cover.jpg") + ": passed over, since it is no music file");
+    const ResolvedLocation listed = resolve(folder_.path("list.m3u"));
+    EXPECT_EQ(listed.paths, full({"bare"}));
+    EXPECT_EQ(listed.passed_over, full({"cover.jpg", "x.Nfo"}));
+    EXPECT_EQ(passed_over_line(listed.passed_over),
+              folder_.path("cover.jpg") + " and 1 other file: passed over, since they are no music files");
+    EXPECT_THAT(resolve(folder_.path()).passed_over, IsEmpty()) << "nobody has named them";
 }
 
 TEST_F(ResolveLocation, LinksAreFollowedAndLoopsEnd) {
@@ -131,20 +144,20 @@ TEST_F(ResolveLocation, EndsWhenAborted) {
 }
 
 TEST_F(ResolveLocation, PlaylistEntries) {
-    folder_.write("p/a.txt");
+    folder_.write("p/a.mp3");
     folder_.write("p/sub/b.mp3");
     folder_.write("p/back\\slash");
     folder_.write("p/\xC3\xA4.mp3");
     folder_.write("p/\xF6");
     folder_.write("p/list.m3u",
-                  "a.txt\r\na.txt\r\nsub\nsub\\b.mp3\nback\\slash\n\xE4.mp3\n\xF6\nsub\nmissing.mp3\n"
+                  "a.mp3\r\na.mp3\r\nsub\nsub\\b.mp3\nback\\slash\n\xE4.mp3\n\xF6\nsub\nmissing.mp3\n"
                   "http://radio/x\nmore.m3u8\n"
-                      + folder_.path("p/a.txt"));
+                      + folder_.path("p/a.mp3"));
     folder_.write("p/more.m3u8", "\xE4.mp3\ndisc.cue");
     folder_.write("p/disc.cue", "FILE \"\xE4.mp3\" MP3\nFILE \"gone.wav\" WAVE\n");
     const ResolvedLocation found = resolve(folder_.path("p/list.m3u"));
-    EXPECT_EQ(found.paths, full({"p/a.txt", "p/a.txt", "p/sub/b.mp3", "p/sub/b.mp3", "p/back\\slash",
-                                 "p/\xC3\xA4.mp3", "p/\xF6", "p/\xC3\xA4.mp3", "p/a.txt"}));
+    EXPECT_EQ(found.paths, full({"p/a.mp3", "p/a.mp3", "p/sub/b.mp3", "p/sub/b.mp3", "p/back\\slash",
+                                 "p/\xC3\xA4.mp3", "p/\xF6", "p/\xC3\xA4.mp3", "p/a.mp3"}));
     EXPECT_THAT(found.problems,
                 ElementsAre(folder_.path("p/missing.mp3") + ": File not found (named by "
                                 + folder_.path("p/list.m3u") + ")",

@@ -50,7 +50,7 @@ class Installation(InstalledCase):
         before = {path: path.read_bytes() for path in album.iterdir()}
         self.assertEqual(self.quorvex("run", script, album), summary(written=10))
         self.assertNotEqual({path: path.read_bytes() for path in album.iterdir()}, before)
-        self.assertEqual(self.quorvex("undo"), "Run 1: 10 files: 10 put back, 0 failed\n")
+        self.assertEqual(self.quorvex("undo").splitlines()[1:], ["Run 1: 10 files: 10 put back, 0 failed"])
         self.assertEqual({path: path.read_bytes() for path in album.iterdir()}, before)
 
     def test_host_finds_its_component(self):

@@ -6,6 +6,8 @@ import struct
 
 from support import (ADD_VALUE, SCRIPT_FILE, SET_VALUE, ProgramCase, guid, read_tags, script_bytes, set_value)
 
+FORMAT_VALUE = "{48F67226-8A33-409F-A0DF-FFB157DF1B7E}"
+AUTO_TRACK_NUMBER = "{F6D34BCA-5E3D-441B-A76F-39CA11802245}"
 NOT_UTF8 = b"a\xc3 \xff;\xed\xa0\x80,\xf8%\x80%"
 STATUSES = {0, 1, 2}
 
@@ -76,10 +78,13 @@ class HostileScripts(ProgramCase):
                         "$while(1,x)"):
             self.ends("vantaro", f"/tag:FORMAT:A:{pattern}", song)
             self.ends("quorvex", "format", pattern, song)
+            actions = [(FORMAT_VALUE, "A\n" + pattern * 4), (AUTO_TRACK_NUMBER, pattern * 4)]
+            self.assertEqual(self.ends("quorvex", "preview", self.script(*actions), song).status, 0, pattern[:20])
             script = self.write(json.dumps({"actions": [
                 {"kind": "Format value from other fields", "field": "A", "pattern": pattern * 4},
                 {"kind": "Auto track number", "pattern": pattern * 4}]}).encode(), "deep.json")
-            self.assertEqual(self.ends("quorvex", "preview", script, song).status, 0, pattern[:20])
+            compiles = not pattern.startswith(("[", "$if("))
+            self.assertEqual(self.ends("quorvex", "preview", script, song).status, 0 if compiles else 2, pattern[:20])
         subject = " " * 100_000 + "x"
         self.ends("vantaro", f"/tag:A={subject}", f"/tag:GUESS:{'%b% ' * 20_000}-%c%:%a%", song)
 
@@ -109,7 +114,8 @@ class HostileScripts(ProgramCase):
         for name in ("b", "b\0c"):
             script = self.write(json.dumps({"name": name, "actions": []}).encode(), "name.json")
             self.run_program("quorvex", "scripts", "import", script)
-        self.assertEqual(self.run_program("quorvex", "scripts", "list").stdout, "b\n")
+            self.run_program("quorvex", "scripts", "import", script, "--name", name.replace("\0", "\n"))
+        self.assertEqual(self.run_program("quorvex", "scripts", "list").stdout, "name\nb\n")
 
     def test_large_texts(self):
         large = "x" * 10_000_000

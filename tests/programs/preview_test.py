@@ -170,7 +170,8 @@ class Previews(ProgramCase):
                 self.assertEqual(outcome.stdout, f'{song}: COMMENT removed; TITLE = "x"\n')
                 self.assert_line(outcome.stderr, bad, "corrupted")
             row, failed = self.run_program("quorvex", "preview", "--json", script, song, bad).objects()
-            self.assertEqual((failed["path"], failed["after"]), (str(bad), {}))
+            self.assertEqual(failed.keys(), {"path", "subsong", "error"})
+            self.assertEqual(failed["path"], str(bad))
             self.assertIn("corrupted", failed["error"])
             self.assertNotIn("error", row)
 
@@ -183,8 +184,8 @@ class SavedScripts(ProgramCase):
         self.song = self.copy("06", "a.mp3")
         for name, title in zip(self.NAMES, "abc"):
             (self.folder / "in.json").write_text(json.dumps(
-                {"name": name, "actions": [action("Set value", field="TITLE", value=title)]}))
-            self.assertEqual(self.scripts("import", "in.json").status, 0)
+                {"name": "not used", "actions": [action("Set value", field="TITLE", value=title)]}))
+            self.assertEqual(self.scripts("import", "in.json", "--name", name).status, 0)
 
     def scripts(self, *arguments):
         return self.run_program("quorvex", "scripts", *arguments)
@@ -209,7 +210,7 @@ class SavedScripts(ProgramCase):
             self.assertEqual(shown["actions"], [action("Set value", field="TITLE", value="b")])
         self.assertEqual(json.loads((self.folder / "out.json").read_text())["name"], "Café")
         self.assertEqual(self.scripts("import", "out.qvx").status, 0)
-        self.assertEqual(self.scripts("import", "out.json", "--name", "TIDY UP").status, 0)
+        self.assertEqual(self.scripts("import", "out.json", "--replace", "--name", "TIDY UP").status, 0)
         self.assertEqual(self.scripts("delete", "X/Y").status, 0)
         self.assertEqual(self.scripts("list").stdout, "TIDY UP\nCafé\nfrom out.qvx\nfrom out.json\nout\n")
         self.assertEqual(self.run_program("quorvex", "run", "Tidy up", self.song).status, 0)
@@ -217,7 +218,7 @@ class SavedScripts(ProgramCase):
         with self.untouched(self.stored):
             for verb in (["show", "gone"], ["delete", "gone"], ["export", "gone", "x.qvx"],
                          ["import", "gone.qvx"], ["export", "Café", "no/folder.qvx"], ["import", self.song],
-                         ["show"], []):
+                         ["show"]):
                 outcome = self.scripts(*verb)
                 self.assertEqual((outcome.status, outcome.stdout), (2, ""), verb)
                 self.assertNotEqual(outcome.stderr, "")

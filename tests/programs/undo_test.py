@@ -1,6 +1,7 @@
 """Runs taken back: every file byte for byte, across all formats, and what is refused."""
 
 import os
+import re
 import subprocess
 
 from support import FIVE, LONG_AGO, ProgramCase, add_value, audio_digest, read_tags, set_value
@@ -54,7 +55,10 @@ class Undo(ProgramCase):
         for number in range(len(states), 0, -1):
             count = len(self.files)
             outcome = self.do("undo")
-            self.assertEqual(outcome.stdout, f"Run {number}: {count} files: {count} put back, 0 failed\n")
+            asked = "strip.json" if number == len(SCRIPTS) + 1 else f"{self.folder}/script.qvx"
+            when = r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d"
+            self.assertRegex(outcome.stdout, rf"\AUndoing run {number} of {when}: run {re.escape(asked)}\n"
+                                             rf"Run {number}: {count} files: {count} put back, 0 failed\n\Z")
             for path, found, wanted in zip(self.files, self.contents(), states.pop(), strict=True):
                 self.assertTrue(found == wanted, f"{path} after undoing run {number}")
 
@@ -74,6 +78,10 @@ class Undo(ProgramCase):
         lines = self.do("runs").stdout.splitlines()
         self.assertEqual([line.split("  ")[0] for line in lines], ["3", "2", "1"])
         self.assertIn("(undone by 2)", lines[2])
+        paths = sorted(str(path) for path in self.files)
+        self.assertEqual(sorted(self.do("runs", "1").stdout.splitlines()), paths)
+        self.assertEqual(sorted(row["path"] for row in self.do("runs", "2", "--json").objects()), paths)
+        self.assert_line(self.do("runs", "7", status=2).stderr, "Run 7: there is no such run")
 
     def test_what_has_changed_since_is_left_alone(self):
         old = self.contents()

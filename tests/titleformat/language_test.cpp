@@ -305,6 +305,26 @@ TEST(TitleFormatLanguage, TellsWhereAPatternIsWrong) {
                       });
 }
 
+TEST(TitleFormatLanguage, ExplainsFunctionsThatAreNotThere) {
+    const struct {
+        const char* pattern;
+        const char* explanation;
+    } rows[] = {
+        {"%foo% '$foo()' $upper(a)", ""},
+        {"ab$foo(%a%)", "2: There is no function $foo"},
+        {"$if(a,b,[$Foo()$bar()])", "9: There is no function $Foo"},
+        {"$foo($left(x))", "5: $left takes 2 arguments, not 1"},
+    };
+    TitleFormattingDiagnosis diagnosis;
+    for (const auto& row : rows) {
+        StringSink text;
+        std::size_t position = 0;
+        const bool is_wrong = diagnosis.explain(row.pattern, text, position);
+        EXPECT_EQ(is_wrong ? std::to_string(position) + ": " + text.text() : text.text(), row.explanation)
+            << row.pattern;
+    }
+}
+
 TEST(TitleFormatLanguage, KeepsTheScriptOfAFailedCompilation) {
     TitleFormatting compiler;
     TitleFormatScript* script = nullptr;

@@ -7,8 +7,44 @@
 
 #include <exception>
 #include <sstream>
+#include <string_view>
 
 namespace vantaro::core {
+
+namespace {
+
+constexpr char guard = '\x01';
+
+/// Words, numbers, options and most paths mean what they say.
+bool needs_guard(const std::string& argument) {
+    constexpr std::string_view harmless = "-./_";
+    const auto first = argument.empty() ? '-' : argument.front();
+    const bool is_word =
+        (first >= 'a' && first <= 'z') || (first >= 'A' && first <= 'Z') || (first >= '0' && first <= '9');
+    return !is_word && harmless.find(first) == std::string_view::npos;
+}
+
+} // namespace
+
+std::vector<std::string> guarded_arguments(int argc, const char* const* argv) {
+    std::vector<std::string> arguments;
+    for (int i = argc - 1; i > 0; --i) { // the last one first
+        std::string& argument = arguments.emplace_back(argv[i]);
+        if (needs_guard(argument))
+            argument.insert(0, 1, guard);
+    }
+    return arguments;
+}
+
+void take_guard_off(std::string& value) {
+    if (value.starts_with(guard))
+        value.erase(0, 1);
+}
+
+void take_guard_off(std::vector<std::string>& values) {
+    for (std::string& value : values)
+        take_guard_off(value);
+}
 
 int run_program(const std::string& name, const std::function<int()>& program) {
     provide_standard_streams();
@@ -31,8 +67,10 @@ int say_why_not_parsed(const CLI::App& app, const CLI::Error& error) {
     print_output(output.str());
     Terminal terminal;
     std::istringstream lines(errors.str());
-    for (std::string line; std::getline(lines, line);)
+    for (std::string line; std::getline(lines, line);) {
+        std::erase(line, guard);
         terminal.line(line);
+    }
     return code == 0 ? exit_status::done : exit_status::not_begun;
 }
 

@@ -96,6 +96,8 @@ void TrackLoader::find_next() {
                 resolve_location(location, is_audio_file_name, [&] { return abort.is_aborting(); });
             for (const std::string& problem : found.problems)
                 host_.report(problem);
+            if (!found.passed_over.empty())
+                host_.report(passed_over_line(found.passed_over));
             for (const std::string& path : found.paths) {
                 tracks.push_back(&host_.tracks().get(path, 0));
                 if (tracks.size() == batch_size)

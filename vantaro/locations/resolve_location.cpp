@@ -56,6 +56,12 @@ std::string read_text(const std::string& path, const struct ::stat& status, cons
     return text;
 }
 
+/// Whether the name ends in what is meant as an extension: "01. Intro" does not.
+bool has_extension(const std::string& path) {
+    const std::string extension = fs::path(path).extension().native();
+    return extension.size() > 1 && extension.find(' ') == std::string::npos;
+}
+
 std::string_view name_of(std::string_view path) {
     return path.substr(path.rfind('/') + 1);
 }
@@ -112,8 +118,10 @@ void Resolver::add_named(const std::string& path) {
         throw_system_error(errno);
     if (const PlaylistFormat* format = playlist_format(path))
         add_playlist(path, status, *format);
-    else
+    else if (is_audio_file_(path) || !has_extension(path))
         result_.paths.push_back(path);
+    else
+        result_.passed_over.push_back(path);
 }
 
 void Resolver::add_folder(const std::string& root, const struct ::stat& root_status) {
@@ -234,6 +242,15 @@ ResolvedLocation resolve_location(std::string_view location,
     Resolver resolver(is_audio_file, is_aborting, limits);
     resolver.add_named(full_path(path, current.native()));
     return resolver.take_result();
+}
+
+std::string passed_over_line(const std::vector<std::string>& paths) {
+    const std::string first = shown(paths.front());
+    const std::size_t others = paths.size() - 1;
+    if (others == 0)
+        return first + ": passed over, since it is no music file";
+    return first + " and " + std::to_string(others) + (others == 1 ? " other file" : " other files")
+           + ": passed over, since they are no music files";
 }
 
 } // namespace vantaro::core

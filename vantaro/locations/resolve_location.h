@@ -6,7 +6,8 @@
 //
 // A location is a path or a "file://" URL. Paths are bytes and need not be UTF-8. Results are absolute and
 // without "." and ".."; links stay in them, except in a path that was given with "..".
-//   - A file gives itself, whatever it holds, unless it is a playlist.
+//   - A file gives itself, whatever it holds, unless it is a playlist, or its extension is one that no music
+//   has.
 //   - A folder gives the audio files in it and its sub-folders: the files of a folder come first, then its
 //     sub-folders one after the other, both in natural order of their names (compare_natural). Playlists in
 //     it are passed over. Links are followed.
@@ -31,7 +32,13 @@ struct ResolvedLocation {
     std::vector<std::string> paths;
     /// What was left out, one line each, that names the path.
     std::vector<std::string> problems;
+    /// Files that were named and are no music by their extension: "folder.jpg". No problem is listed for
+    /// them.
+    std::vector<std::string> passed_over;
 };
+
+/// One line for people about files that were passed over. Requires: paths is not empty.
+std::string passed_over_line(const std::vector<std::string>& paths);
 
 /// How much is taken from playlists, which may come from anywhere.
 struct LocationLimits {
@@ -45,7 +52,8 @@ struct LocationLimits {
     std::size_t problems = 1000;
 };
 
-/// `is_audio_file` decides by the path which files of folders count. `is_aborting` is asked for every folder
+/// `is_audio_file` decides by the path which files count; a file that is named counts without an extension,
+/// too. `is_aborting` is asked for every folder
 /// and every entry. Both are callable.
 /// Throws, all for the location itself (what() does not name it): vantaro_io::exception_io_not_found;
 /// exception_io_denied; exception_io_no_handler_for_path for an empty text, a NUL in it, other URLs, and what

@@ -30,6 +30,8 @@ class Terminal {
 public:
     Terminal();
 
+    /// Whether standard error is a terminal.
+    bool is_interactive() const { return interactive_; }
     /// Prints one line to standard error.
     void line(std::string_view text);
     /// Prints one line for a person: only where standard error is a terminal.

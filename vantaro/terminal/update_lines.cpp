@@ -12,12 +12,13 @@ void UpdateProgress::on_end(const UpdateReport&) {
 
 void UpdateLines::on_track(const TrackOutcome& outcome, std::size_t done, std::size_t total) {
     if (outcome.state == TrackOutcome::State::failed)
-        terminal().line(std::string(outcome.track->path()) + ": " + outcome.error);
+        failures_.add(outcome.track->path(), outcome.error);
     UpdateProgress::on_track(outcome, done, total);
 }
 
 void UpdateLines::on_end(const UpdateReport& report) {
     UpdateProgress::on_end(report);
+    failures_.end();
     const std::size_t done = report.written + report.unchanged + report.failed;
     if (report.aborted)
         terminal().line("Interrupted: " + std::to_string(done) + " of " + std::to_string(report.total)

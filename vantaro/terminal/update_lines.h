@@ -1,10 +1,10 @@
-// An update as a terminal shows it: a progress line, and a line for every track that failed.
+// An update as a terminal shows it: a progress line, and what failed.
 //
 //     setup.make_watcher = [&](std::size_t, WindowHandle) { return std::make_unique<UpdateLines>(terminal,
 //     "Updating"); };
 #pragma once
 
-#include "vantaro/terminal/terminal.h"
+#include "vantaro/terminal/failure_lines.h"
 #include "vantaro/update/tag_io.h"
 
 namespace vantaro::core {
@@ -28,10 +28,15 @@ private:
 
 class UpdateLines : public UpdateProgress {
 public:
-    using UpdateProgress::UpdateProgress;
+    UpdateLines(Terminal& terminal, const char* doing,
+                FailureLines::Told told = FailureLines::Told::summed_up)
+        : UpdateProgress(terminal, doing), failures_(terminal, told) {}
 
     void on_track(const TrackOutcome& outcome, std::size_t done, std::size_t total) override;
     void on_end(const UpdateReport& report) override;
+
+private:
+    FailureLines failures_;
 };
 
 } // namespace vantaro::core

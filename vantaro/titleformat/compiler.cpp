@@ -29,7 +29,7 @@ std::string expected_count(const FunctionRow& row) {
 /// The parser has bounded how deep the tree is, and so how deep this calls itself.
 class Compiler {
 public:
-    explicit Compiler(const ParsedPattern& pattern) : pattern_(pattern) {}
+    Compiler(const ParsedPattern& pattern, UnknownFunctions unknown) : pattern_(pattern), unknown_(unknown) {}
 
     Program compile() {
         put_parts(pattern_.nodes.front());
@@ -141,6 +141,8 @@ private:
             throw TitleFormatError{"$" + std::string(row->name) + " takes " + expected_count(*row) + ", not "
                                        + std::to_string(arguments.size()),
                                    function.position};
+        if (!row && unknown_ == UnknownFunctions::refused)
+            throw TitleFormatError{"There is no function $" + std::string(name), function.position};
         if (row && put_branches(row->form, arguments, yield))
             return;
         const bool yields_values = row && row->yields_values;
@@ -305,17 +307,18 @@ private:
     }
 
     const ParsedPattern& pattern_;
+    const UnknownFunctions unknown_;
     Program program_;
 };
 
 } // namespace
 
-std::variant<Program, TitleFormatError> compile_program(std::string_view pattern) {
+std::variant<Program, TitleFormatError> compile_program(std::string_view pattern, UnknownFunctions unknown) {
     auto parsed = parse_pattern(pattern);
     if (auto* error = std::get_if<TitleFormatError>(&parsed))
         return std::move(*error);
     try {
-        return Compiler(std::get<ParsedPattern>(parsed)).compile();
+        return Compiler(std::get<ParsedPattern>(parsed), unknown).compile();
     } catch (TitleFormatError& error) {
         return std::move(error);
     }

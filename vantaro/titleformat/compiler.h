@@ -10,6 +10,10 @@
 
 namespace vantaro::core {
 
-std::variant<Program, TitleFormatError> compile_program(std::string_view pattern);
+/// What becomes of a function that is not known: a hook may know it when it runs.
+enum class UnknownFunctions { left_to_hooks, refused };
+
+std::variant<Program, TitleFormatError>
+compile_program(std::string_view pattern, UnknownFunctions unknown = UnknownFunctions::left_to_hooks);
 
 } // namespace vantaro::core

@@ -45,13 +45,15 @@ bool TitleFormatting::compile(TitleFormatScript*& out, const char* pattern) {
 }
 
 bool TitleFormattingDiagnosis::explain(const char* pattern, TextSink& text, std::size_t& position) {
-    const auto compiled = compile_program(pattern);
-    const auto* error = std::get_if<TitleFormatError>(&compiled);
-    if (!error)
-        return false;
-    set_text(text, error->text);
-    position = error->position;
-    return true;
+    for (const auto unknown : {UnknownFunctions::left_to_hooks, UnknownFunctions::refused}) {
+        const auto compiled = compile_program(pattern, unknown);
+        if (const auto* error = std::get_if<TitleFormatError>(&compiled)) {
+            set_text(text, error->text);
+            position = error->position;
+            return true;
+        }
+    }
+    return false;
 }
 
 std::span<const TitleFormatFunction> title_format_functions() {

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <utility>
 
 namespace vantaro::core {
@@ -98,12 +99,20 @@ void TagIO::resolve_location(const char* location, TrackSink& out, AbortFlag& ab
         for (const std::string& problem : found.problems)
             report_(problem);
         has_failures_ |= !found.problems.empty();
+        if (passed_over_.empty() && !found.passed_over.empty()) // for callers that do not ask
+            main_thread_.post([this] { report_passed_over(); });
+        std::ranges::copy(found.passed_over, std::back_inserter(passed_over_));
         for (const std::string& path : found.paths)
             out.add(&tracks_.get(path, 0));
     } catch (...) {
         has_failures_ = true;
         rethrow_naming(location);
     }
+}
+
+void TagIO::report_passed_over() {
+    if (const auto passed_over = std::exchange(passed_over_, {}); !passed_over.empty())
+        report_(passed_over_line(passed_over));
 }
 
 void TagIO::add_change_listener(TagChangeListener* listener) {

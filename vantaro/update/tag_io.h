@@ -45,6 +45,9 @@ public:
     ~TagIO();
 
     void resolve_location(const char* location, TrackSink& out, AbortFlag& abort) override;
+    /// Reports the files that locations named since it was last called, and that were passed over, in one
+    /// line; done by itself when the main thread comes to rest.
+    void report_passed_over();
     void add_change_listener(TagChangeListener* listener) override;
     void remove_change_listener(TagChangeListener* listener) override;
     void update_async(TrackHandle* const* tracks, std::size_t count, TrackFilter* filter, WindowHandle parent,
@@ -107,6 +110,7 @@ private:
     /// The first one is under way, the others wait: two might be about the same file.
     std::deque<std::unique_ptr<Task>> tasks_;
     bool has_failures_ = false;
+    std::vector<std::string> passed_over_;
     std::string activity_;
     bool keeps_times_ = false;
     RecoveryReport recovery_report_ = [](const std::string&) {};

@@ -9,10 +9,12 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
 class Error;
+class Option;
 } // namespace CLI
 
 namespace vantaro::core {
@@ -20,6 +22,14 @@ namespace vantaro::core {
 /// Calls `program`, which returns an exit status. What it throws becomes a line and the status of nothing
 /// begun; output that could not be written becomes a line and the status of something failed.
 int run_program(const std::string& name, const std::function<int()>& program);
+
+/// Declares the arguments that are no options, such as paths: any number of them.
+CLI::Option* add_arguments(CLI::App& app, const std::string& name, std::vector<std::string>& target,
+                           const std::string& description);
+
+/// Parses the command line, every argument byte for byte: the library itself would take "[a, b]" for two.
+/// Called once for an `app`, whose lists are declared by add_arguments. Throws: CLI::ParseError.
+void parse_arguments(CLI::App& app, int argc, char** argv);
 
 /// Prints the help text or version that was asked for, or what is wrong with the command line. Returns an
 /// exit status.

@@ -43,10 +43,6 @@ struct Options {
 
     RunOptions run_options() const { return {script, paths, json, only_changed}; }
     void complete() {
-        for (std::string* text : {&setup.config_dir, &setup.component_dir, &setup.code_page, &script,
-                                  &pattern, &name, &file, &files_from})
-            core::take_guard_off(*text);
-        core::take_guard_off(paths.paths);
         if (!files_from.empty())
             paths.files_from = files_from;
     }
@@ -85,7 +81,7 @@ private:
     }
     void paths(CLI::App& verb) {
         Options& options = options_;
-        verb.add_option("PATH", options.paths.paths, "Files, folders and playlists")->type_name("");
+        core::add_arguments(verb, "PATH", options.paths.paths, "Files, folders and playlists");
         CLI::Option* list = verb.add_option("--files-from", options.files_from,
                                             "Take more paths from a file, one a line (-: standard input)");
         list->type_name("FILE")->check(CLI::Validator(
@@ -221,17 +217,17 @@ CLI::App& innermost(CLI::App& app) {
 bool say_unknown_verb(CLI::App& app) {
     const CLI::App& asked = innermost(app);
     const std::vector<const CLI::App*> verbs = asked.get_subcommands([](const CLI::App*) { return true; });
-    std::vector<std::string> unknown = app.remaining(true);
+    const std::vector<std::string> unknown = app.remaining(true);
     if (verbs.empty() || unknown.empty() || unknown.front().starts_with('-'))
         return false;
-    core::take_guard_off(unknown);
+    const std::string word = core::given_argument(unknown.front());
     std::vector<std::string> names;
     for (const CLI::App* verb : verbs)
         names.push_back(verb->get_name());
-    const std::string* meant = nearest_word(unknown.front(), names);
+    const std::string* meant = nearest_word(word, names);
     const std::string program = &asked == &app ? "quorvex" : "quorvex " + asked.get_name();
     core::Terminal().line(
-        "quorvex: There is no verb \"" + unknown.front() + "\"; "
+        "quorvex: There is no verb \"" + word + "\"; "
         + (meant ? "did you mean \"" + *meant + "\"?" : '"' + program + " --help\" lists them."));
     return true;
 }
@@ -247,10 +243,9 @@ int say_what_is_wrong(CLI::App& app, const CLI::ParseError& error) {
             return core::exit_status::not_begun;
         }
     }
-    if (std::vector<std::string> unknown = app.remaining(true); !unknown.empty()) {
-        core::take_guard_off(unknown);
-        core::Terminal().line("quorvex: \"" + unknown.front() + "\" is not known here.");
-    }
+    if (const std::vector<std::string> unknown = app.remaining(true); !unknown.empty())
+        core::Terminal().line("quorvex: \"" + core::given_argument(unknown.front())
+                              + "\" is not known here.");
     return core::say_why_not_parsed(app, error);
 }
 
@@ -260,7 +255,7 @@ int start(int argc, char** argv) {
     Verb verb;
     CommandLine command_line(app, options, verb);
     try {
-        app.parse(core::guarded_arguments(argc, argv));
+        core::parse_arguments(app, argc, argv);
     } catch (const CLI::ParseError& error) {
         return say_what_is_wrong(app, error);
     }

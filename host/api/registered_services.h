@@ -136,7 +136,7 @@ public:
     using Inherits = AdvancedPreferenceText;
     static constexpr Guid class_guid = guid("{185D582D-FBD8-4DB3-BE23-47AAC675FC11}");
 
-    /// Whether the text is a whole number.
+    /// Whether the text is a whole number, from 0 to the largest of 64 bits.
     virtual bool is_integer() = 0;
 
 protected:

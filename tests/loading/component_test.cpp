@@ -4,6 +4,7 @@
 #include "engine/run.h"
 #include "script/action_registry.h"
 #include "tests/support/temporary_folder.h"
+#include "vantaro/application/argument_distributor.h"
 #include "vantaro/application/host.h"
 #include "vantaro/tags/tag_file.h"
 #include "vantaro/terminal/terminal.h"
@@ -113,6 +114,56 @@ TEST_F(ComponentTest, AKindOfSomebodyElsesRunsInAScript) {
     EXPECT_STREQ(info.value(info.find_field("TITLE"), 0), "etalS revo slluG");
     EXPECT_THAT(errors, ElementsAre("a title of no use")); // its exception came across
     host.close();
+}
+
+TEST_F(ComponentTest, TheHostsOwnServicesStayTheOnlyOnes) {
+    install(ODD_COMPONENT, "odd.dll");
+    Host host(setup);
+    host.load_components();
+    EXPECT_THAT(console.lines, ElementsAre(AllOf(HasSubstr("odd.dll is not used"), HasSubstr("for messages")),
+                                           AllOf(HasSubstr("odd.dll is not used"), HasSubstr("for digests")),
+                                           folder.path("components/odd.dll")
+                                               + ": this component is not installed under the name that it "
+                                                 "should have."));
+    ServiceBase* service = nullptr;
+    for (const Guid& class_guid : {PopupMessage::class_guid, DigestService::class_guid})
+        EXPECT_EQ(host.count_services(host.find_service_class(class_guid)), 1U);
+    host.create_service(host.find_service_class(PopupMessage::class_guid), 0, service);
+    EXPECT_EQ(service, static_cast<ServiceBase*>(&message));
+    host.close();
+}
+
+TEST_F(ComponentTest, AFilterWithoutTypeInformationEditsTracks) {
+    install(ODD_COMPONENT, "odd.dll");
+    folder.make_folder("songs");
+    std::filesystem::copy_file(std::filesystem::path(QUORVEX_SAMPLES) / "album/02 - Gulls over Slate.flac",
+                               folder.path("songs/a.flac"));
+    Host host(setup);
+    host.load_components();
+    ArgumentDistributor distributor(host, [] { return std::size_t{0}; });
+    distributor.offer("/shout");
+    distributor.offer(folder.path("songs"));
+    distributor.finish();
+    host.wait_until_idle();
+    TrackInfoRecord info;
+    read_tags(folder.path("songs/a.flac"), info);
+    EXPECT_STREQ(info.value(info.find_field("TITLE"), 0), "GULLS OVER SLATE");
+    host.close();
+}
+
+TEST_F(ComponentTest, HearsOnceThatTheServicesEndHoweverTheHostEnds) {
+    install(ODD_COMPONENT, "odd.dll");
+    for (const bool is_closed : {true, false}) {
+        console.lines.clear();
+        {
+            Host host(setup);
+            host.load_components();
+            console.lines.clear();
+            if (is_closed)
+                host.close();
+        }
+        EXPECT_THAT(console.lines, ElementsAre("The services end")) << is_closed;
+    }
 }
 
 TEST_F(ComponentTest, ServicesAreFoundByClass) {

@@ -52,7 +52,9 @@ class Components(ProgramCase):
 
     def test_component_under_another_name(self):
         shutil.copy(COMPONENT, self.components / "other.dll")
-        self.assert_line(self.edit()[0].stderr, "not installed under the name", self.components)
+        for self.components in (self.components, "components", "components/"):
+            self.assertEqual(self.edit()[0].stderr, f"{self.folder}/components/other.dll: this component is not "
+                                                    "installed under the name that it should have.\n")
 
 
 class Installation(ProgramCase):

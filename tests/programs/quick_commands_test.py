@@ -60,6 +60,20 @@ class QuickCommands(ProgramCase):
             self.assertEqual((outcome.status, outcome.stderr), (0, ""), argument)
             self.assert_line(outcome.stdout, "/tag:<command1>[;<command2>;<command3>...] <file1>")
 
+    def test_arguments_come_through_as_they_are(self):
+        names = ["[x]", "[2001] A, B [FLAC]", "[a, b]/c [d]", "[]", "[x]\x01", "%%"]
+        bystanders = [self.copy("06", name) for name in ("x", "A", "a", "2001")]
+        for named in (names, ["{}"], ["[x]"]):
+            songs = [self.copy("06", name) for name in named]
+            with self.untouched(*bystanders):
+                outcome = self.run_program("vantaro", "/tag:comment=[a, b];title=x", *named)
+            self.assertEqual((outcome.status, outcome.stderr), (0, ""))
+            for song in songs:
+                self.assertEqual((read_tags(song)["COMMENT"][0], read_tags(song)["TITLE"]), ("[a, b]", ["x"]))
+        outcome = self.run_program("vantaro", "--config-dir", "[set, tings]", "--menu", "[a, b]", "[x]")
+        self.assertEqual((outcome.status, outcome.stderr),
+                         (2, "[a, b]: there is no such command; --list-menu lists them.\n"))
+
     def test_names_what_it_does_not_know(self):
         songs = self.copy_five()[:3]
         outcome = self.run_program("vantaro", "/tag:title=New;bogus", *songs, "nowhere.mp3")

@@ -6,6 +6,8 @@
 
 #include <QMenu>
 
+#include <gmock/gmock.h>
+
 namespace vantaro::core {
 namespace {
 
@@ -117,11 +119,20 @@ TEST_F(AdvancedPageTest, TakesWhatIsStillBeingTyped) {
 
 TEST_F(AdvancedPageTest, WholeNumbersTakeNothingElse) {
     open();
-    type("Number", "-1x.5 ");
-    EXPECT_EQ(editor()->text(), "-15");
-    editor()->clear();
-    EXPECT_TRUE(is_applied());
-    EXPECT_EQ(number.value, 50);
+    for (const std::string wrong : {"-5", "1x", "12 3", "18446744073709551616", "1.5", "+5"}) {
+        type_and_enter("Number", wrong.c_str());
+        EXPECT_FALSE(is_applied()) << wrong;
+        const std::string mistake = '"' + wrong + "\" is no whole number from 0 to 18446744073709551615";
+        EXPECT_EQ(problem, "Number: " + mistake);
+        EXPECT_EQ(test::find_line(tree(), "Number")->toolTip(1).toStdString(), mistake);
+        EXPECT_EQ(number.taken, "") << wrong;
+        EXPECT_THAT(shown(), testing::HasSubstr("Number = " + wrong + '\n'));
+    }
+    for (const std::string right : {"18446744073709551615", "0", "007"}) {
+        type_and_enter("Number", right.c_str());
+        EXPECT_TRUE(is_applied()) << right;
+        EXPECT_EQ(number.taken, right);
+    }
 }
 
 TEST_F(AdvancedPageTest, EscapeAndBranchesEditNothing) {

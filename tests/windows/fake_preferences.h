@@ -57,11 +57,14 @@ public:
     using FakePreference::FakePreference;
     void get_value(TextSink& out) override { set_text(out, std::to_string(value)); }
     void set_value(const char* text, std::size_t length) override {
-        value = std::clamp(std::stoi(std::string(text, length)), 0, 100);
+        taken.assign(text, length);
+        value = std::clamp(std::stoi(taken.substr(0, 3)), 0, 100);
     }
     void reset() override { value = 50; }
     bool is_integer() override { return true; }
     int value = 50;
+    /// The text that it was set from last.
+    std::string taken;
 };
 
 } // namespace vantaro::test

@@ -13,38 +13,32 @@ namespace vantaro::core {
 
 namespace {
 
+/// In front of an argument, so that the library sees nothing of its own in it.
 constexpr char guard = '\x01';
 
 /// Words, numbers, options and most paths mean what they say.
-bool needs_guard(const std::string& argument) {
+bool needs_guard(std::string_view argument) {
     constexpr std::string_view harmless = "-./_";
-    const auto first = argument.empty() ? '-' : argument.front();
+    const char first = argument.empty() ? '-' : argument.front();
     const bool is_word =
         (first >= 'a' && first <= 'z') || (first >= 'A' && first <= 'Z') || (first >= '0' && first <= '9');
     return !is_word && harmless.find(first) == std::string_view::npos;
 }
 
+std::string unguard(std::string& text) {
+    if (text.starts_with(guard))
+        text.erase(0, 1);
+    return {};
+}
+
+void unguard_values(CLI::App& app) {
+    for (CLI::Option* option : app.get_options())
+        option->transform(CLI::Validator(unguard, ""));
+    for (CLI::App* verb : app.get_subcommands([](const CLI::App*) { return true; }))
+        unguard_values(*verb);
+}
+
 } // namespace
-
-std::vector<std::string> guarded_arguments(int argc, const char* const* argv) {
-    std::vector<std::string> arguments;
-    for (int i = argc - 1; i > 0; --i) { // the last one first
-        std::string& argument = arguments.emplace_back(argv[i]);
-        if (needs_guard(argument))
-            argument.insert(0, 1, guard);
-    }
-    return arguments;
-}
-
-void take_guard_off(std::string& value) {
-    if (value.starts_with(guard))
-        value.erase(0, 1);
-}
-
-void take_guard_off(std::vector<std::string>& values) {
-    for (std::string& value : values)
-        take_guard_off(value);
-}
 
 int run_program(const std::string& name, const std::function<int()>& program) {
     provide_standard_streams();
@@ -58,6 +52,31 @@ int run_program(const std::string& name, const std::function<int()>& program) {
     if (!end_output(terminal) && status == exit_status::done)
         status = exit_status::some_failed;
     return status;
+}
+
+CLI::Option* add_arguments(CLI::App& app, const std::string& name, std::vector<std::string>& target,
+                           const std::string& description) {
+    // Not as a container, which the library would leave empty for "{}".
+    const auto take = [&target](const CLI::results_t& arguments) {
+        target = arguments;
+        return true;
+    };
+    return app.add_option(name, take, description)
+        ->expected(CLI::detail::expected_max_vector_size)
+        ->type_name("");
+}
+
+void parse_arguments(CLI::App& app, int argc, const char* const* argv) {
+    unguard_values(app);
+    std::vector<std::string> last_first;
+    for (int i = argc - 1; i > 0; --i)
+        last_first.push_back(needs_guard(argv[i]) ? guard + std::string(argv[i]) : argv[i]);
+    app.parse(last_first);
+}
+
+std::string given_argument(std::string left_over) {
+    unguard(left_over);
+    return left_over;
 }
 
 int say_why_not_parsed(const CLI::App& app, const CLI::Error& error) {

@@ -14,6 +14,7 @@
 namespace CLI {
 class App;
 class Error;
+class Option;
 } // namespace CLI
 
 namespace vantaro::core {
@@ -22,11 +23,16 @@ namespace vantaro::core {
 /// begun; output that could not be written becomes a line and the status of something failed.
 int run_program(const std::string& name, const std::function<int()>& program);
 
-/// The arguments, but for the program's name, for CLI::App::parse. That takes "[a,b]" for two arguments, and
-/// "++" for none: a mark before such arguments keeps them whole, and is taken off the values afterwards.
-std::vector<std::string> guarded_arguments(int argc, const char* const* argv);
-void take_guard_off(std::string& value);
-void take_guard_off(std::vector<std::string>& values);
+/// Declares the arguments that are no options, such as paths: any number of them.
+CLI::Option* add_arguments(CLI::App& app, const std::string& name, std::vector<std::string>& target,
+                           const std::string& description);
+
+/// Parses the command line, every argument byte for byte: the library itself would take "[a, b]" for two,
+/// "{}" and "++" for none. Called once for an `app`, whose lists are declared by add_arguments. Throws:
+/// CLI::ParseError.
+void parse_arguments(CLI::App& app, int argc, const char* const* argv);
+/// The argument as it was given, of one that parsing has left over.
+std::string given_argument(std::string left_over);
 
 /// Prints the help text or version that was asked for, or what is wrong with the command line. Returns an
 /// exit status.

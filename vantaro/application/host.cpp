@@ -39,7 +39,8 @@ unsigned thread_count(unsigned wanted) {
 
 Host::Host(const HostSetup& setup)
     : interrupt_(*setup.interrupt), console_(*setup.console),
-      component_dir_(setup.component_dir.empty() ? own_component_dir() : setup.component_dir),
+      component_dir_(setup.component_dir.empty() ? own_component_dir()
+                                                 : std::filesystem::absolute(setup.component_dir).string()),
       main_thread_([this](const std::string& line) { report(line); }), clock_(main_thread_),
       code_page_(setup.code_page), runs_(folder_of_runs(setup.state_dir), real_system_calls()),
       tag_io_(tracks_, main_thread_, interrupt_.flag(), runs_, thread_count(setup.jobs), setup.make_watcher,
@@ -51,21 +52,32 @@ Host::Host(const HostSetup& setup)
                     setup.config_dir.empty());
     tag_io_.set_recovery_report(line_reporter());
     registry_.add_own<HostConsole>(*setup.console);
-    registry_.add_own<PopupMessage>(*setup.message);
-    registry_.add_own<PopupQuestion>(*setup.question);
-    registry_.add_own<MainThreadQueue>(main_thread_);
-    registry_.add_own<ClockService>(clock_);
-    registry_.add_own<DigestService>(digest_);
+    registry_.add_only<PopupMessage>(*setup.message, "messages");
+    registry_.add_only<PopupQuestion>(*setup.question, "questions");
+    registry_.add_only<MainThreadQueue>(main_thread_, "calls on the main thread");
+    registry_.add_only<ClockService>(clock_, "the time");
+    registry_.add_only<DigestService>(digest_, "digests");
     registry_.add_own<FileSystem>(file_system_);
     registry_.add_own<InputEntry>(tag_reader_);
-    registry_.add_own<HostVersion>(version_);
-    registry_.add_own<LegacyCodePage>(code_page_);
-    registry_.add_own<TitleFormatCompiler>(title_formatting_);
+    registry_.add_only<HostVersion>(version_, "the version");
+    registry_.add_only<LegacyCodePage>(code_page_, "character sets");
+    registry_.add_only<TitleFormatCompiler>(title_formatting_, "title formatting");
     registry_.add_own<TitleFormatDiagnosis>(title_format_diagnosis_);
-    registry_.add_own<HostTagIO>(tag_io_);
+    registry_.add_only<HostTagIO>(tag_io_, "tags");
 }
 
-Host::~Host() = default;
+Host::~Host() {
+    if (!is_open_)
+        return;
+    // An exception has passed close().
+    try {
+        tag_io_.abort_all();
+        wait_until_idle();
+        close();
+    } catch (const std::exception& error) {
+        report(error.what());
+    }
+}
 
 void Host::look_after_runs(const std::string& config_dir, bool is_own_config) {
     const auto report_line = [this](const std::string& line) { report_once(line); };
@@ -105,16 +117,16 @@ void Host::add_built_in(GetInterfaceFunction& get_interface, const std::string& 
 
 void Host::load_components() {
     components_.load_folder(component_dir_, *this, registry_);
+    is_open_ = true;
     components_.announce_services(true);
     check_installation();
 }
 
 void Host::check_installation() {
-    for_each_service<InstallationCheck>([&](InstallationCheck& check) {
-        if (!check.is_installed_correctly())
-            report("A component in " + component_dir_
-                   + " is not installed under the name that it should have.");
-    });
+    for (ServiceRecord* record : registry_.find(InstallationCheck::class_guid)->records)
+        if (!service_of<InstallationCheck>(*record)->is_installed_correctly())
+            report(registry_.component_of(*record)
+                   + ": this component is not installed under the name that it should have.");
 }
 
 void Host::wait_until_idle() {
@@ -135,6 +147,7 @@ bool Host::change_configurations(const std::function<void()>& change) {
 }
 
 void Host::close() {
+    is_open_ = false;
     components_.announce_services(false);
 }
 

@@ -77,7 +77,8 @@ public:
     /// The same for a change to the configurations as they are stored now, which other processes may have
     /// changed since the start. Throws: what ComponentSet::change_configurations throws.
     bool change_configurations(const std::function<void()>& change);
-    /// Tells the components that the services end. Called once, when idle.
+    /// Tells the components that the services end. Called once, when idle. Without it the destructor ends
+    /// what is under way, and does this.
     void close();
 
     ServiceRegistry& services() { return registry_; }
@@ -105,11 +106,8 @@ public:
     /// Calls `visit(I&)` for every service of the class.
     template <class I, class Visit>
     void for_each_service(Visit&& visit) {
-        for (ServiceRecord* record : registry_.find(I::class_guid)->records) {
-            ServiceBase* service = nullptr;
-            record->create_instance(service);
-            visit(*Ref<I>::adopt(static_cast<I*>(service)));
-        }
+        for (ServiceRecord* record : registry_.find(I::class_guid)->records)
+            visit(*service_of<I>(*record));
     }
 
     ServiceClass* find_service_class(const Guid& class_guid) override { return registry_.find(class_guid); }
@@ -120,6 +118,12 @@ public:
     bool is_main_thread() override { return main_thread_.is_current(); }
 
 private:
+    template <class I>
+    static Ref<I> service_of(ServiceRecord& record) {
+        ServiceBase* service = nullptr;
+        record.create_instance(service);
+        return Ref<I>::adopt(static_cast<I*>(service));
+    }
     void check_installation();
     void look_after_runs(const std::string& config_dir, bool is_own_config);
 
@@ -127,6 +131,8 @@ private:
     HostConsole& console_;
     const std::string component_dir_;
     WindowHandle main_window_ = nullptr;
+    /// Whether the components have been told that services may be used.
+    bool is_open_ = false;
     ServiceRegistry registry_;
     MainThread main_thread_;
     Clock clock_;

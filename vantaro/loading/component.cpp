@@ -83,7 +83,9 @@ void ComponentSet::add_built_in(GetInterfaceFunction& get_interface, const std::
     components_.push_back(
         std::make_unique<Component>(Component{path, client, ComponentConfiguration(config_dir_, file_name)}));
     for (ServiceRecord* record = client->get_service_list(); record; record = record->next())
-        registry.add(*record);
+        if (const std::string_view purpose = registry.add(*record, path); !purpose.empty())
+            report_("A service of component " + path + " is not used: this program has its own for "
+                    + std::string(purpose) + ", and there can be only one.");
     client->set_library_path(path.c_str(), file_name.c_str());
     read_configuration(*components_.back());
 }

@@ -30,7 +30,8 @@ public:
 
     /// Loads every file `*.dll` of the folder, in the order of their names, but those with the file name of a
     /// component that is there already. A component that cannot be loaded is reported; the others are loaded
-    /// all the same. A folder that does not exist has no components.
+    /// all the same. So is a service that the registry refuses. A folder that does not exist has no
+    /// components.
     void load_folder(const std::string& folder, HostApi& api, ServiceRegistry& registry);
     /// Takes in a component that is linked into the program, as if it had been loaded from `path`.
     void add_built_in(GetInterfaceFunction& get_interface, const std::string& path, HostApi& api,

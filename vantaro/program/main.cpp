@@ -124,7 +124,7 @@ bool name_any_files(const std::vector<std::string>& arguments) {
                                          const std::vector<std::string>& reported) {
     std::vector<std::string> options{"--window"};
     for (const std::string& line : reported)
-        options.insert(options.end(), {"--reported", line});
+        options.push_back("--reported=" + line);
     std::vector<char*> all{arguments.front()};
     for (std::string& option : options)
         all.push_back(option.data());
@@ -221,10 +221,10 @@ int run(int argc, char** argv) {
     options.add_flag("--window", line.window)->group("");
     options.add_option("--reported", line.setup.reported)->group("")->allow_extra_args(false);
     options.add_flag("--yes", line.yes, "Answer every question with yes");
-    options.add_option("ARGUMENT", line.arguments, "Commands and files")->type_name("");
+    add_arguments(options, "ARGUMENT", line.arguments, "Commands and files");
     options.set_version_flag("--version", std::string("Vantaro ") + host_version);
     try {
-        options.parse(argc, argv);
+        parse_arguments(options, argc, argv);
     } catch (const CLI::ParseError& error) {
         return say_why_not_parsed(options, error);
     }

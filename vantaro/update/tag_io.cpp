@@ -59,19 +59,21 @@ private:
 };
 
 struct TagIO::Update {
-    Update(const std::vector<Track*>& tracks, TrackFilter* track_filter, CompletionNotify* completion,
-           std::unique_ptr<UpdateWatcher> update_watcher, const AbortFlag& abort, UpdateSettings settings)
-        : filter(track_filter), notify(completion), watcher(std::move(update_watcher)),
-          job(tracks, *filter, *watcher, abort, std::move(settings)) {}
+    Update(const std::vector<Track*>& tracks, Ref<TrackFilter> track_filter, ReadOnly* own_reading,
+           CompletionNotify* completion, std::unique_ptr<UpdateWatcher> update_watcher,
+           const AbortFlag& abort, UpdateSettings settings)
+        : filter(std::move(track_filter)), reading(own_reading), notify(completion),
+          watcher(std::move(update_watcher)), job(tracks, *filter, *watcher, abort, std::move(settings)) {}
 
     /// The tracks that are held otherwise than before, sorted.
     std::vector<TrackHandle*> changed_tracks() const {
-        if (auto* reading = dynamic_cast<ReadOnly*>(filter.get()))
-            return reading->take_replaced();
-        return job.written_tracks();
+        return reading ? reading->take_replaced() : job.written_tracks();
     }
 
     Ref<TrackFilter> filter;
+    /// The filter, when the update only reads. Filters of components are asked for nothing but their
+    /// interface: they may have been built without type information.
+    ReadOnly* reading;
     Ref<CompletionNotify> notify;
     std::unique_ptr<UpdateWatcher> watcher;
     UpdateJob job;
@@ -134,19 +136,23 @@ void TagIO::update_async(TrackHandle* const* tracks, std::size_t count, TrackFil
 
 void TagIO::start_update(const std::vector<Track*>& tracks, TrackFilter& filter,
                          std::unique_ptr<UpdateWatcher> watcher, CompletionNotify* notify) {
-    const bool reads_only = dynamic_cast<const ReadOnly*>(&filter) != nullptr;
+    start(tracks, Ref(&filter), nullptr, std::move(watcher), notify);
+}
+
+void TagIO::start(const std::vector<Track*>& tracks, Ref<TrackFilter> filter, ReadOnly* reading,
+                  std::unique_ptr<UpdateWatcher> watcher, CompletionNotify* notify) {
     UpdateSettings settings{
         .runs = runs_,
         .activity = activity_,
         .now = present(),
         .keeps_times = keeps_times_,
         .threads = threads_,
-        .reads_only = reads_only,
+        .reads_only = reading != nullptr,
         .report = recovery_report_,
     };
     const auto abort = std::make_shared<AbortSignal>();
-    const auto update =
-        std::make_shared<Update>(tracks, &filter, notify, std::move(watcher), *abort, std::move(settings));
+    const auto update = std::make_shared<Update>(tracks, std::move(filter), reading, notify,
+                                                 std::move(watcher), *abort, std::move(settings));
     update->watcher->on_queued(abort);
     queue(abort, [this, update](const AbortFlag&) {
         const UpdateReport report = update->job.run();
@@ -168,7 +174,8 @@ void TagIO::queue(std::shared_ptr<AbortSignal> abort, Work work) {
 
 void TagIO::read_tags_of(const std::vector<Track*>& tracks, Hold hold,
                          std::unique_ptr<UpdateWatcher> watcher) {
-    start_update(tracks, *make_service<ReadOnly>(hold), std::move(watcher), nullptr);
+    const auto reading = make_service<ReadOnly>(hold);
+    start(tracks, reading, reading.get(), std::move(watcher), nullptr);
 }
 
 void TagIO::start_first() {

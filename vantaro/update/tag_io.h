@@ -93,6 +93,9 @@ private:
     struct Task;
     class ReadOnly;
 
+    /// `reading` is the filter, or nullptr for one that may edit.
+    void start(const std::vector<Track*>& tracks, Ref<TrackFilter> filter, ReadOnly* reading,
+               std::unique_ptr<UpdateWatcher> watcher, CompletionNotify* notify);
     void queue(std::shared_ptr<AbortSignal> abort, Work work);
     void start_first();
     void end_first(const std::function<void()>& finish);

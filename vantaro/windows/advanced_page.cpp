@@ -6,11 +6,13 @@
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QMenu>
-#include <QRegularExpressionValidator>
 #include <QStyledItemDelegate>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -20,6 +22,18 @@ namespace vantaro::core {
 namespace {
 
 enum Column { name_column, value_column };
+
+/// Why the text is no value of an entry that takes whole numbers; empty when it is one.
+QString find_mistake(const QString& text) {
+    bool is_number = false;
+    text.toULongLong(&is_number);
+    const bool has_only_digits =
+        std::ranges::all_of(text, [](QChar c) { return c >= QChar(u'0') && c <= QChar(u'9'); });
+    if (is_number && has_only_digits)
+        return {};
+    constexpr auto most = std::numeric_limits<std::uint64_t>::max();
+    return QString("\"%1\" is no whole number from 0 to %2").arg(text).arg(most);
+}
 
 /// A line of the tree: a branch, or an entry with what is to become of its value.
 class Line final : public QTreeWidgetItem {
@@ -32,12 +46,12 @@ public:
     }
 
     bool is_entry() const { return static_cast<bool>(node_.text); }
-    bool is_integer() const { return node_.is_integer; }
     const std::string& name() const { return node_.name; }
 
     /// What editing starts with.
     QString editable_text() const { return typed_ ? *typed_ : current(); }
-    void type(const QString& text) {
+    void type(const QString& typed) {
+        const QString text = node_.is_integer ? typed.trimmed() : typed;
         typed_ = text == current() ? std::nullopt : std::optional(text);
         is_reset_ = false;
         show();
@@ -47,8 +61,10 @@ public:
         is_reset_ = true;
         show();
     }
-    /// Throws: what the component throws; nothing is forgotten then.
+    /// Throws: what the component throws, std::runtime_error for what is no value; nothing is forgotten then.
     void apply() {
+        if (const QString mistake = current_mistake(); !mistake.isEmpty())
+            throw std::runtime_error(mistake.toStdString());
         if (is_reset_)
             node_.text->reset();
         else if (typed_) {
@@ -66,9 +82,15 @@ public:
         font.setBold(typed_.has_value());
         font.setItalic(is_reset_);
         setData(value_column, Qt::FontRole, font);
+        const QString mistake = current_mistake();
+        setData(value_column, Qt::ForegroundRole, mistake.isEmpty() ? QVariant() : QColor(Qt::red));
+        setToolTip(value_column, mistake);
     }
 
 private:
+    QString current_mistake() const {
+        return node_.is_integer && typed_ ? find_mistake(*typed_) : QString();
+    }
     QString current() const {
         return QString::fromStdString(text_of([&](TextSink& out) { node_.text->get_value(out); }));
     }
@@ -87,14 +109,10 @@ class ValueEditing final : public QStyledItemDelegate {
 public:
     explicit ValueEditing(QTreeWidget& tree) : QStyledItemDelegate(&tree), tree_(tree) {}
 
-    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&,
-                          const QModelIndex& index) const override {
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&, const QModelIndex&) const override {
         auto* editor = new QLineEdit(parent);
         editor->setFrame(false);
         editor->setAutoFillBackground(true);
-        if (line(index).is_integer())
-            editor->setValidator(
-                new QRegularExpressionValidator(QRegularExpression("-?[0-9]{1,19}"), editor));
         return editor;
     }
     void setEditorData(QWidget* editor, const QModelIndex& index) const override {
@@ -103,7 +121,7 @@ public:
     void setModelData(QWidget* editor, QAbstractItemModel*, const QModelIndex& index) const override {
         const auto* edit = static_cast<QLineEdit*>(editor);
         // Without a change, what was to be reset stays so.
-        if (edit->isModified() && edit->hasAcceptableInput())
+        if (edit->isModified())
             line(index).type(edit->text());
     }
 

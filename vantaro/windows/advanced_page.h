@@ -23,8 +23,8 @@ public:
     AdvancedPage(const std::vector<Ref<AdvancedPreference>>& services, QWidget* parent);
 
     /// Hands what was typed to the components, resets what was to be reset, and shows what the values are
-    /// then. Throws: std::runtime_error with a line for every entry that its component refused. Those stay as
-    /// they were typed; the others are applied.
+    /// then. Throws: std::runtime_error with a line for every entry whose text is no whole number where
+    /// one is wanted, or that its component refused. Those stay as they were typed; the others are applied.
     void apply();
     /// Every entry is reset by the next apply().
     void reset_all();

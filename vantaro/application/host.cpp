@@ -60,6 +60,7 @@ Host::Host(const HostSetup& setup)
     registry_.add_own<InputEntry>(tag_reader_);
     registry_.add_own<HostVersion>(version_);
     registry_.add_own<LegacyCodePage>(code_page_);
+    registry_.add_own<ConfigurationStorage>(configuration_service_);
     registry_.add_own<TitleFormatCompiler>(title_formatting_);
     registry_.add_own<TitleFormatDiagnosis>(title_format_diagnosis_);
     registry_.add_own<HostTagIO>(tag_io_);

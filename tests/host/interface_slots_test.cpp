@@ -88,6 +88,8 @@ TEST(InterfaceSlots, OfTitleFormattingAndFiles) {
     SERVICE(File, "{7A3C9E15-4D0C-4E5B-B0B1-9F6E2C8D7A35}", &I::reader, &I::writer, &I::get_size, &I::flush);
     SERVICE(FileSystem, "{5C0E9D8B-1A64-4F4B-A7F9-0D3B7E2C6F18}", &I::serves, &I::is_remote,
             &I::get_display_path, &I::open);
+    SERVICE(StoredFileSystem, "{3F5B7C92-E1A8-4D06-9C74-0B6A2E8D51F3}", &I::serves, &I::is_remote,
+            &I::get_display_path, &I::open, &I::open_stored, &I::find_ignoring_case);
 }
 
 TEST(InterfaceSlots, OfTheHostsServices) {

@@ -3,6 +3,7 @@
 #include "host/api/registered_services.h"
 #include "vantaro/application/preferences.h"
 #include "vantaro/common/own_program.h"
+#include "vantaro/common/path_text.h"
 #include "vantaro/storage/default_folders.h"
 
 #include <QCoreApplication>
@@ -47,6 +48,7 @@ Host::Host(const HostSetup& setup)
       components_(setup.config_dir.empty() ? default_config_dir() : setup.config_dir,
                   [this](std::string_view line) { report(line); }),
       reported_(setup.reported) {
+    set_path_code_page(setup.code_page);
     look_after_runs(setup.config_dir.empty() ? default_config_dir() : setup.config_dir,
                     setup.config_dir.empty());
     tag_io_.set_recovery_report(line_reporter());

@@ -49,7 +49,7 @@ struct HostSetup {
     /// What was reported once already, by the process that started this one.
     std::vector<std::string> reported;
 
-    /// What texts in files are in that say nothing of it, such as cue sheets that are not UTF-8.
+    /// What names of files, and texts in files that say nothing of it, are in where they are not UTF-8.
     std::string code_page = "windows-1252";
 
     /// These outlive the host.

@@ -14,7 +14,7 @@ using namespace vantaro;
 namespace {
 
 std::string read_whole(const std::string& path, AbortFlag& abort) {
-    const Ref<File> file = filesystem::g_open(path.c_str(), OpenMode::read, abort);
+    const Ref<File> file = filesystem::g_open_stored(path.c_str(), abort);
     std::uint64_t size = 0;
     if (file->get_size(size, abort) && size > largest_cue_file)
         throw vantaro_io::exception_io_data();
@@ -41,6 +41,11 @@ std::string cue_path_of(std::string_view track_path) {
 std::string read_cue_text(const std::string& path, AbortFlag& abort) {
     constexpr std::string_view mark = "\xEF\xBB\xBF";
     std::string bytes = read_whole(path, abort);
+    if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF")) {
+        bytes = to_utf8(bytes, "UTF-16");
+        bytes.resize(std::min(bytes.find('\0'), bytes.size()));
+        return bytes;
+    }
     const bool marked = bytes.starts_with(mark);
     if (marked)
         bytes.erase(0, mark.size());

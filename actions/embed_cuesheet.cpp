@@ -14,12 +14,24 @@ bool may_read_beside(const char* path) {
     return file_system && !file_system->is_remote(path);
 }
 
-std::string read_cue_beside(const char* path) {
+/// Where file names have case, "Album.CUE" is one of those that people mean by "Album.cue".
+std::string read_cue(const std::string& path) {
     NeverAbort abort;
     try {
-        return read_cue_text(cue_path_of(path), abort);
+        return read_cue_text(path, abort);
     } catch (const vantaro_io::exception_io_not_found&) {
-        return read_cue_text(std::string(path) + ".cue", abort);
+        const std::optional<std::string> other = filesystem::g_find_ignoring_case(path.c_str());
+        if (!other)
+            throw;
+        return read_cue_text(*other, abort);
+    }
+}
+
+std::string read_cue_beside(const char* path) {
+    try {
+        return read_cue(cue_path_of(path));
+    } catch (const vantaro_io::exception_io_not_found&) {
+        return read_cue(std::string(path) + ".cue");
     }
 }
 

@@ -176,7 +176,8 @@ void SavedScripts::execute(std::size_t, const Guid& node, TrackHandle* const* tr
         return;
     for (const StoredScript& script : script_library().scripts())
         if (command_guid(script.name) == node)
-            return run_quick_command(script, tracks, count);
+            // As it is now: while the question is open, the library may change.
+            return run_quick_command(StoredScript(script), tracks, count);
 }
 
 bool confirm_quick_command(std::size_t track_count) {

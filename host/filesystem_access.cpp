@@ -24,6 +24,22 @@ Ref<File> filesystem::g_open(const char* path, OpenMode mode, AbortFlag& abort) 
     return Ref<File>::adopt(found->open(path, mode, abort));
 }
 
+Ref<File> filesystem::g_open_stored(const char* path, AbortFlag& abort) {
+    const Ref<FileSystem> found = g_find(path);
+    if (const auto stored = found ? query_interface<StoredFileSystem>(*found) : Ref<StoredFileSystem>()) {
+        uCallStackTracker marker("opening a file");
+        return Ref<File>::adopt(stored->open_stored(path, abort));
+    }
+    return g_open(path, OpenMode::read, abort);
+}
+
+std::optional<std::string> filesystem::g_find_ignoring_case(const char* path) {
+    const Ref<FileSystem> found = g_find(path);
+    const auto stored = found ? query_interface<StoredFileSystem>(*found) : Ref<StoredFileSystem>();
+    StringSink other;
+    return stored && stored->find_ignoring_case(path, other) ? std::optional(other.take()) : std::nullopt;
+}
+
 std::string filesystem::g_get_display_path(const char* path) {
     StringSink display;
     const Ref<FileSystem> found = g_find(path);

@@ -8,6 +8,7 @@
 #include "host/access.h"
 #include "host/api/filesystem.h"
 
+#include <optional>
 #include <string>
 
 namespace quorvex {
@@ -18,6 +19,12 @@ public:
     static Ref<vantaro::FileSystem> g_find(const char* path);
     /// Throws: vantaro_io::exception_io_no_handler_for_path, and what FileSystem::open throws.
     static Ref<vantaro::File> g_open(const char* path, vantaro::OpenMode mode, vantaro::AbortFlag& abort);
+    /// For reading, without waiting for anybody: what is no stored file is refused, as far as the file system
+    /// tells. Throws: as g_open.
+    static Ref<vantaro::File> g_open_stored(const char* path, vantaro::AbortFlag& abort);
+    /// The file beside the path's place whose name differs only in the case of letters, if the file system
+    /// tells.
+    static std::optional<std::string> g_find_ignoring_case(const char* path);
     /// How the path is shown to people; the path itself when no file system serves it or the one that does
     /// declines.
     static std::string g_get_display_path(const char* path);

@@ -63,7 +63,7 @@ public:
             ->type_name("N")
             ->check(CLI::Range(1, 64));
         app.add_option("--code-page", options.setup.code_page,
-                       "Character set of cue sheets that are not UTF-8")
+                       "Character set of file names and cue sheets that are not UTF-8")
             ->type_name("NAME");
         declare_tracks(app);
         declare_runs(app);

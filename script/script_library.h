@@ -3,6 +3,14 @@
 //     if (auto index = script_library().find_script("Tidy up"))
 //         run(script_library().scripts()[*index]);
 //
+// Other processes have the same library. Where the host can (host/api/configuration_storage.h), storing and
+// deleting change it as it is stored at that moment, and the change is stored when they return; what others
+// have stored since the caller looked is then there as well, so that an index is good until the next call or
+// event. Nothing that others have stored goes away unseen:
+//   - a script that they have stored under the same name meanwhile is kept as "Name (2)";
+//   - a script that they have stored anew meanwhile is not deleted.
+// The script last run is nobody's work, and the later one is kept.
+//
 // Main thread only.
 #pragma once
 
@@ -37,6 +45,8 @@ public:
     void read(vantaro::StreamReader& reader, std::uint32_t size, vantaro::AbortFlag& abort) override;
 
 private:
+    void keep_aside(std::size_t index);
+
     std::vector<StoredScript> scripts_;
 };
 

@@ -90,7 +90,7 @@ void write_script_file(const char* path, const StoredScript& script, AbortFlag& 
 }
 
 StoredScript read_script_file(const char* path, AbortFlag& abort) {
-    const Ref<File> file = filesystem::g_open(path, OpenMode::read, abort);
+    const Ref<File> file = filesystem::g_open_stored(path, abort);
     return read_script_file(file->reader(), abort);
 }
 

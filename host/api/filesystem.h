@@ -53,4 +53,20 @@ protected:
     ~FileSystem() = default;
 };
 
+/// The extension for files that are stored somewhere, and looked for beside others.
+class StoredFileSystem : public FileSystem {
+public:
+    using Inherits = FileSystem;
+    static constexpr Guid class_guid = guid("{3F5B7C92-E1A8-4D06-9C74-0B6A2E8D51F3}");
+
+    /// As open() for reading, but refuses what might keep its reader waiting: pipes, terminals, devices.
+    virtual File* open_stored(const char* path, AbortFlag& abort) = 0;
+    /// Sets the path of the file in the same folder whose name differs from the path's only in the case of
+    /// letters; of several, the one whose bytes come first. Returns false when there is none.
+    virtual bool find_ignoring_case(const char* path, TextSink& out) = 0;
+
+protected:
+    ~StoredFileSystem() = default;
+};
+
 } // namespace vantaro

@@ -4,6 +4,7 @@
 
 #include <unicode/bytestream.h>
 #include <unicode/casemap.h>
+#include <unicode/coll.h>
 #include <unicode/localpointer.h>
 #include <unicode/uchar.h>
 #include <unicode/ucnv.h>
@@ -75,6 +76,23 @@ int stricmp_utf8(const char* a, const char* b) {
 
 int stricmp_utf8_ex(const char* a, std::size_t a_length, const char* b, std::size_t b_length) {
     return compare({a, a_length}, {b, b_length});
+}
+
+int compare_alphabetical(std::string_view a, std::string_view b) {
+    static const icu::LocalPointer<const icu::Collator> collator([] {
+        UErrorCode status = U_ZERO_ERROR;
+        icu::LocalPointer<icu::Collator> made(icu::Collator::createInstance(icu::Locale::getRoot(), status));
+        if (made.isValid())
+            made->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
+        return U_SUCCESS(status) ? made.orphan() : nullptr;
+    }());
+    UErrorCode status = U_ZERO_ERROR;
+    const auto piece = [](std::string_view text) {
+        return icu::StringPiece(text.data(), static_cast<int32_t>(text.size()));
+    };
+    const UCollationResult result =
+        collator.isValid() ? collator->compareUTF8(piece(a), piece(b), status) : UCOL_EQUAL;
+    return result != UCOL_EQUAL ? static_cast<int>(result) : a.compare(b);
 }
 
 int stricmp_utf8_partial(const char* text, const char* prefix) {

@@ -21,6 +21,10 @@ int stricmp_utf8_ex(const char* a, std::size_t a_length, const char* b, std::siz
 /// 0 when `text` begins with `prefix`; otherwise as the beginning of `text` sorts against `prefix`.
 int stricmp_utf8_partial(const char* text, const char* prefix);
 
+/// The order of a list that people read, alphabetical for no language in particular, numbers by their value:
+/// less than, equal to or greater than 0. A total order: only equal bytes compare equal.
+int compare_alphabetical(std::string_view a, std::string_view b);
+
 /// The lower-case mapping that the comparisons use.
 char32_t uCharLower(char32_t code_point);
 

@@ -1,6 +1,7 @@
 // Components and host are built apart: a class of the boundary may never change the order of its virtual
 // operations. What stands here is what components that are installed were built with.
 
+#include "host/api/configuration_storage.h"
 #include "host/api/input.h"
 #include "host/api/registered_services.h"
 #include "host/api/system.h"
@@ -88,6 +89,8 @@ TEST(InterfaceSlots, OfTitleFormattingAndFiles) {
     SERVICE(File, "{7A3C9E15-4D0C-4E5B-B0B1-9F6E2C8D7A35}", &I::reader, &I::writer, &I::get_size, &I::flush);
     SERVICE(FileSystem, "{5C0E9D8B-1A64-4F4B-A7F9-0D3B7E2C6F18}", &I::serves, &I::is_remote,
             &I::get_display_path, &I::open);
+    SERVICE(StoredFileSystem, "{3F5B7C92-E1A8-4D06-9C74-0B6A2E8D51F3}", &I::serves, &I::is_remote,
+            &I::get_display_path, &I::open, &I::open_stored, &I::find_ignoring_case);
 }
 
 TEST(InterfaceSlots, OfTheHostsServices) {
@@ -102,6 +105,7 @@ TEST(InterfaceSlots, OfTheHostsServices) {
     SERVICE(MainThreadCall, "{F09C4E72-B6A1-4D3E-85C7-1B7D5A2E9F68}", &I::run);
     SERVICE(MainThreadQueue, "{1D6F8B3A-E5C2-4097-A84B-9F2C7D0E5B16}", &I::post);
     SERVICE(LegacyCodePage, "{52B7E4D1-0C96-4F3A-9E18-D7A2C5F8B360}", &I::get_name);
+    SERVICE(ConfigurationStorage, "{8D2F61B4-07CE-4A95-B3E8-5F94D0A17C26}", &I::change);
     SERVICE(HostVersion, "{6E2A0C9D-4B7F-4E18-93D5-A8C1F6B0E742}", &I::get_version_text);
     SERVICE(ModelessDialogRegistry, "{C71B99BD-12C5-48FE-A9C0-469F6FEA88BF}", &I::register_dialog,
             &I::unregister_dialog);

@@ -9,6 +9,21 @@
 namespace quorvex {
 namespace {
 
+TEST(Text, SortsListsByTheAlphabet) {
+    const std::vector<std::string> sorted{"",     "[last used]", "2",          "10",
+                                          "a",    "A",           "\u00C9dith", "Eno",
+                                          "\xFF", "Script 2",    "script 10",  "Zappa"};
+    // Bytes that are no text have a place of their own, too.
+    for (const std::string& a : sorted)
+        for (const std::string& b : sorted) {
+            EXPECT_EQ(compare_alphabetical(a, b) == 0, a == b);
+            EXPECT_EQ(compare_alphabetical(a, b) < 0, compare_alphabetical(b, a) > 0);
+            if (a != "\xFF" && b != "\xFF") {
+                EXPECT_EQ(compare_alphabetical(a, b) < 0, &a < &b) << a << " | " << b;
+            }
+        }
+}
+
 using vantaro::test::repeat;
 
 int sign(int number) {

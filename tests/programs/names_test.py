@@ -1,87 +1,102 @@
-"""A field is one field, whatever a script calls it, and what a preview shows is what a run writes."""
+"""Files beside tracks, and names that are odd."""
 
-import random
+import os
+import subprocess
+from pathlib import Path
 
-import mutagen.flac
+from support import ProgramCase, read_tags
 
-from support import FIVE, ProgramCase, add_value, read_tags, set_value
+EMBED_CUESHEET = "{AC6410DE-FE47-44FF-A5CA-29A42B5B6799}"
 
-REMOVE = "{C3BDD536-670A-4AFE-9C7C-BD72BAE9AA89}"
-REMOVE_MOST = "{58712BE7-4248-4AC6-9734-F3AD3D6CBA4E}"
-REMOVE_VALUES = "{CB1F5EF2-7865-40E7-8DDE-D51C3721AC79}"
-REPLACE = "{B194C3FE-DACE-4816-A230-A09921D55674}"
-SPLIT = "{52D8A1D3-C2AE-4A28-9B37-0B711A8A24AD}"
-FORMAT = "{48F67226-8A33-409F-A0DF-FFB157DF1B7E}"
-COPY = "{CE928A7A-4793-4797-AEBD-60DE490E4AF1}"
 
-FIELDS = ("TITLE", "ARTIST", "ALBUMARTIST", "ALBUM ARTIST", "TRACKNUMBER", "TRACK", "TOTALTRACKS", "TRACKTOTAL",
-          "DISC", "DISCTOTAL", "YEAR", "DATE", "LABEL", "PUBLISHER", "ORGANIZATION", "DESCRIPTION", "COMMENT",
-          "VERSION", "SUBTITLE", "TEMPO", "BPM", "KEY", "INITIALKEY", "GENRE", "LYRICS", "UNSYNCEDLYRICS", "MY OWN")
-VALUES = ("", "7", "04", "3/12", "17", "Rock; Pop", "ä", "a longer value, of more than thirty characters", "2001-02-03")
+class CueSheets(ProgramCase):
+    """Those of a FLAC file."""
+
+    def embed(self):
+        """(what the console says, the cue sheet in the tags)"""
+        with self.start("quorvex", "run", self.script((EMBED_CUESHEET, "")), self.song) as process:
+            try:
+                stdout, stderr = process.communicate(timeout=60)
+            except subprocess.TimeoutExpired:
+                process.kill()
+                self.fail("the run hangs")
+        self.assertEqual(process.returncode, 0, stderr)
+        return (stdout + stderr).decode(), read_tags(self.song).get("CUESHEET")
+
+    def setUp(self):
+        super().setUp()
+        self.song = self.copy("07", "album/Album.flac")
+
+    def test_a_pipe_in_its_place(self):
+        os.mkfifo(self.folder / "album/Album.cue")
+        said, sheet = self.embed()
+        self.assert_line(said, 'Could not load external cuesheet for "', "album/Album.flac", "no regular file")
+        self.assertIsNone(sheet)
+
+    def test_in_another_case(self):
+        (self.folder / "album/Album.flac.cue").write_text("third")
+        for name, text in ("ALBUM.Cue", "second"), ("ALBUM.CUE", "first of them"), ("Album.cue", "exact"):
+            (self.folder / "album" / name).write_text(text)
+            with self.subTest(name):
+                self.assertEqual(self.embed()[1], [text])
+
+    def test_encodings(self):
+        text = 'TITLE "Caf\u00e9 \u266b"\r\n'
+        for encoding in ("utf-8", "utf-8-sig", "utf-16", "utf-16-be"):
+            with self.subTest(encoding):
+                mark = "\ufeff" if encoding == "utf-16-be" else ""
+                (self.folder / "album/Album.cue").write_bytes((mark + text).encode(encoding))
+                self.assertEqual(self.embed()[1], [text])
 
 
 class Names(ProgramCase):
-    def flac(self, name, fields):
-        path = self.copy("07", name)
-        file = mutagen.flac.FLAC(path)
-        file.tags.clear()
-        file.tags.update(fields)
-        file.save()
+    """Of files: bytes, which need not be UTF-8."""
+
+    def make(self, name):
+        path = os.path.join(os.fsencode(self.folder), name)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "wb") as file:
+            file.write(self.copy("07", "sample.flac").read_bytes())
         return path
 
-    def after(self, fields, *actions):
-        path = self.flac("a.flac", fields)
-        self.assertEqual(self.run_program("quorvex", "run", self.script(*actions), path).status, 0)
-        return {key.upper(): values for key, values in mutagen.flac.FLAC(path).tags.as_dict().items()}
+    def test_that_are_not_utf8(self):
+        script = self.folder / "script.json"
+        script.write_text("""{"actions": [
+            {"kind": "Guess values from file names", "pattern": "%album%/%artist% - %title%"},
+            {"kind": "Format value from other fields", "field": "MOOD", "pattern": "%directoryname%/%filename%"}]}""")
+        for options, decoded in ([], "\u00e9"), (["--code-page", "koi8-r"], "\u0418"):
+            album = "M\u00fcsik"  # is UTF-8, and stays as it is beside a name that is not
+            path = self.make(f"{album}/".encode() + b"Caf\xe9 - Th\xe9.flac")
+            caf, the = f"Caf{decoded}", f"Th{decoded}"
+            preview = self.run_program("quorvex", "preview", "--json", *options, script, path)
+            self.assertEqual(preview.status, 0, preview.stderr)
+            after = preview.objects()[0]["after"]
+            expected = {"ALBUM": [album], "ARTIST": [caf], "TITLE": [the], "MOOD": [f"{album}/{caf} - {the}"]}
+            self.assertEqual({field: after[field] for field in expected}, expected)
+            before = os.listdir(os.path.dirname(path))
+            self.assertEqual(self.run_program("quorvex", "run", *options, script, path).status, 0)
+            self.assertEqual(os.listdir(os.path.dirname(path)), before)
+            self.check(path, expected)
 
-    def test_other_names_meet_the_field(self):
-        own, other = "ALBUMARTIST", "ALBUM ARTIST"
-        self.assertEqual(self.after({own: ["x"]}, add_value(other, "new")), {own: ["x", "new"]})
-        self.assertEqual(self.after({other: ["x"]}, add_value(own, "new")), {other: ["x", "new"]})
-        for action in ((REMOVE, other), (REMOVE_VALUES, f"{other}\nx\nn"), set_value(other, "")):
-            self.assertIn(self.after({other: ["x"], "A": ["a"]}, action), ({"A": ["a"]}, {other: [""], "A": ["a"]}))
-        self.assertEqual(self.after({other: ["x"]}, (REPLACE, f"{other}\nx\ny\nn")), {other: ["y"]})
-        self.assertEqual(self.after({other: ["x;y"]}, (SPLIT, f"{other}\n;")), {other: ["x", "y"]})
-        self.assertEqual(self.after({"DISCNUMBER": ["2"], "TITLE": ["t"]}, (REMOVE_MOST, "disc")),
-                         {"DISCNUMBER": ["2"]})
-        # With more than one meaning: one field where it is alone, two beside the customary name.
-        self.assertEqual(self.after({"YEAR": ["1999"]}, set_value("DATE", "2001")), {"YEAR": ["2001"]})
-        self.assertEqual(self.after({"COMMENT": ["kept"]}, set_value("DESCRIPTION", "new")),
-                         {"COMMENT": ["kept"], "DESCRIPTION": ["new"]})
-        self.assertEqual(self.after({"COMMENT": ["kept"]}, (REMOVE, "DESCRIPTION")), {"COMMENT": ["kept"]})
-        path = self.flac("b.flac", {other: ["x"], "A": ["a"]})
-        self.assertEqual(self.run_program("vantaro", f"/tag:{other}=", path).status, 0)
-        self.assertEqual(read_tags(path), {"A": ["a"]})
+            # The same through the component as hosts load it.
+            outcome = self.run_program("vantaro", *options, "/tag:GUESS:%title% - %artist%:%_filename%", path)
+            self.assertEqual(outcome.status, 0, outcome.stderr)
+            outcome = self.run_program("vantaro", *options, "/tag:FORMAT:MOOD:%filename%", path)
+            self.assertEqual(outcome.status, 0, outcome.stderr)
+            self.check(path, {"ARTIST": [the], "TITLE": [caf], "MOOD": [f"{caf} - {the}"]})
 
-    def random_action(self, choose):
-        field, other = choose.sample(FIELDS, 2)
-        value = choose.choice(VALUES)
-        return choose.choice([
-            set_value(field, value), add_value(field, value), (REMOVE, field), (REMOVE_VALUES, f"{field}\n{value}\nn"),
-            (REPLACE, f"{field}\n{value}\nnew\nn"), (SPLIT, f"{field}\n; "), (COPY, f"{field}\n{other}"),
-            (FORMAT, f"{field}\n%{other.lower()}%"), (REMOVE_MOST, f"{field};{other};title"),
-        ])
+    def check(self, path, expected):
+        tags = read_tags(os.fsdecode(path))
+        self.assertEqual({field: tags[field] for field in expected}, expected)
 
-    def test_preview_run_and_reading_agree(self):
-        seed = random.randrange(1 << 32)
-        choose = random.Random(seed)
-        for n in range(40):
-            with self.subTest(seed=seed, script=n):
-                files = self.copy_five() if n % 4 == 0 else [self.folder / name for name in FIVE]
-                actions = [self.random_action(choose) for _ in range(choose.randrange(1, 6))]
-                script = self.script(*actions)
-                shown = self.run_program("quorvex", "preview", "--json", script, *files).objects()
-                bytes_before = [path.read_bytes() for path in files]
-                said = self.run_program("quorvex", "run", "--json", script, *files).objects()
-                read = self.run_program("quorvex", "tags", "--json", *files).objects()
-                run = {line["path"]: line for line in said}
-                for path, old, preview, tags in zip(files, bytes_before, shown, read, strict=True):
-                    if (line := run.get(str(path))) is None:
-                        self.assertEqual(preview.get("after"), preview["before"], actions)
-                        self.assertEqual(path.read_bytes(), old)
-                    elif "error" in line:
-                        self.assertEqual(preview.get("error"), line["error"], actions)
-                        self.assertEqual(path.read_bytes(), old)
-                    else:
-                        self.assertEqual(preview["after"], line["after"], actions)
-                        self.assertEqual(preview["after"], tags["fields"], actions)
+    def test_unknown_character_set(self):
+        outcome = self.run_program("quorvex", "--code-page", "klingon", "tags", self.copy("07", "a.flac"))
+        self.assertEqual((outcome.status, outcome.stdout), (2, ""))
+        self.assert_line(outcome.stderr, "klingon")
+
+    def test_order_of_files(self):
+        names = ["2 \u00c9dith.flac", "10 Zappa.flac", "Eno.flac", "\u00c9tude.flac", "Zappa.flac"]
+        for name in reversed(names):
+            self.make(b"order/" + name.encode())
+        outcome = self.run_program("quorvex", "tags", "--json", self.folder / "order")
+        self.assertEqual([Path(entry["path"]).name for entry in outcome.objects()], names)

@@ -141,3 +141,40 @@ class Settings(ProgramCase):
                 self.assertEqual(read_tags(song)["TITLE"], [title])
         with self.untouched(song):
             self.assertEqual(self.run_program("quorvex", "run", "Tidy", song).status, 2)
+
+
+class SharedLibrary(ProgramCase):
+    """Saved scripts of several processes."""
+
+    def names(self):
+        return self.run_program("quorvex", "scripts", "list").stdout.splitlines()
+
+    def test_many_at_once(self):
+        """Each is there in the end, whoever saved it when."""
+        script = self.script(set_value("TITLE", "x"))
+        names = []
+        for turn in range(12):
+            batch = [f"{turn}.{n}" for n in range(4)]
+            processes = [self.start("quorvex", "scripts", "import", "--name", name, script) for name in batch]
+            gone = names[-1] if names else None
+            if gone:
+                processes.append(self.start("quorvex", "scripts", "delete", gone))
+                names.remove(gone)
+            names += batch
+            for process in processes:
+                self.assertEqual(self.outcome(process).status, 0)
+        self.assertCountEqual(self.names(), names)
+        self.assertEqual([path.name for path in self.stored.parent.glob("*.conflict*")], [])
+
+    def test_a_variable_that_stands_twice(self):
+        script = self.script(set_value("TITLE", "x"))
+        self.run_program("quorvex", "scripts", "import", "--name", "one", script)
+        twice = self.stored.read_bytes() + library(script_bytes(set_value("TITLE", "y"), name="two"))
+        self.stored.write_bytes(twice)
+        self.assertEqual(self.names(), ["two"])
+        outcome = self.run_program("quorvex", "scripts", "import", "--name", "three", script)
+        self.assertEqual(outcome.status, 0)
+        self.assertEqual(self.names(), ["two", "three"])
+        (kept,) = self.stored.parent.glob("*.conflict-*")
+        self.assert_line(outcome.stderr, "twice", kept)
+        self.assertEqual(kept.read_bytes(), twice)

@@ -1,6 +1,8 @@
 #include "script/script_library.h"
 
+#include "host/api/configuration_storage.h"
 #include "host/api/memory_stream.h"
+#include "script/script_stream.h"
 #include "tests/support/failures.h"
 #include "tests/support/fake_actions.h"
 #include "tests/support/fake_host.h"
@@ -11,6 +13,28 @@ namespace {
 using namespace vantaro;
 namespace test = vantaro::test;
 using test::kind;
+
+/// Others get to store something just before a change.
+class SharedStorage final : public HeapService<ConfigurationStorage> {
+public:
+    bool change(MainThreadCall* change) override {
+        if (std::exchange(is_changing_, true)) {
+            change->run();
+            return true;
+        }
+        if (meanwhile)
+            std::exchange(meanwhile, {})();
+        change->run();
+        is_changing_ = false;
+        ++stored;
+        return true;
+    }
+    std::function<void()> meanwhile;
+    int stored = 0;
+
+private:
+    bool is_changing_ = false;
+};
 
 /// Names and texts: "Rock(a b) [last used]() ".
 std::string text_of_library() {
@@ -78,6 +102,52 @@ TEST_F(Library, StoresUnderNamesWithoutRegardToCase) {
     MemoryReader reader(writer.bytes());
     library.read(reader, static_cast<std::uint32_t>(writer.bytes().size()), test::run_on);
     EXPECT_EQ(text_of_library(), before);
+}
+
+TEST_F(Library, LosesNothingThatOthersStoreMeanwhile) {
+    const auto storage = make_service<SharedStorage>();
+    host_.offer<ConfigurationStorage>(storage);
+    ScriptLibrary& library = script_library();
+    const auto others = [&](const auto&... scripts) {
+        storage->meanwhile = [=, &library] {
+            MemoryWriter writer;
+            write_script_list(writer, {scripts...}, test::run_on);
+            MemoryReader reader(writer.bytes());
+            library.read(reader, 0, test::run_on);
+        };
+    };
+    const auto stored = [](const char* name, const char* text) {
+        return StoredScript{name, {{kind(1), text}}};
+    };
+    others(stored("theirs", "t"));
+    EXPECT_TRUE(library.store_script("ours", script({"o"})));
+    EXPECT_EQ(text_of_library(), "theirs(t) ours(o) ");
+    EXPECT_EQ(storage->stored, 1) << "on the disk at once";
+
+    others(stored("theirs", "t"), stored("ours", "o"), stored("NEW", "n1"), stored("new (2)", "x"));
+    EXPECT_TRUE(library.store_script("New", script({"n2"}))) << "nobody has been asked about theirs";
+    EXPECT_EQ(text_of_library(), "theirs(t) ours(o) NEW (3)(n1) new (2)(x) New(n2) ");
+
+    others(stored("theirs", "t"), stored("ours", "o3"), stored("[last used]", "l1"));
+    EXPECT_FALSE(library.store_script("OURS", script({"o4"})));
+    EXPECT_EQ(text_of_library(), "theirs(t) ours (2)(o3) [last used](l1) OURS(o4) ");
+    others(stored("[last used]", "l2"), stored("same", "s"));
+    EXPECT_FALSE(library.store_script(last_used_script, script({"l3"})));
+    EXPECT_TRUE(library.find_script("same"));
+    others(stored("a", "1"), stored("same", "s"));
+    EXPECT_FALSE(library.store_script("Same", script({"s"})));
+    EXPECT_EQ(text_of_library(), "a(1) Same(s) ");
+
+    others(stored("b", "1"), stored("a", "1"), stored("Same", "s"));
+    library.delete_script(0);
+    EXPECT_EQ(text_of_library(), "b(1) Same(s) ") << "what has moved is found";
+    others(stored("b", "2"), stored("Same", "s"));
+    library.delete_script(0);
+    EXPECT_EQ(text_of_library(), "b(2) Same(s) ") << "theirs is not what was to be deleted";
+    others(stored("Same", "s"));
+    library.delete_script(0);
+    EXPECT_EQ(text_of_library(), "Same(s) ") << "they have deleted it";
+    host_.withdraw_all();
 }
 
 TEST_F(Library, LoadsBehindWhatIsThere) {

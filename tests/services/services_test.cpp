@@ -1,6 +1,7 @@
 // The host's small services.
 
 #include "tests/support/temporary_folder.h"
+#include "vantaro/common/path_text.h"
 #include "vantaro/services/clock.h"
 #include "vantaro/services/digest.h"
 #include "vantaro/services/local_files.h"
@@ -136,8 +137,80 @@ TEST(LocalFiles, AreReadAndReplacedByTheirPaths) {
                  vantaro_io::exception_io_not_found);
     EXPECT_THROW(files.open(folder.path("no/folder").c_str(), OpenMode::write_new, abort),
                  vantaro_io::exception_io_not_found);
-    EXPECT_TRUE(files.serves("/a/b") && !files.serves("http://a/b") && !files.serves(""));
+    for (const char* served : {"/a/b", "/music/a://b.flac", "a/http://b", "://x", "2a://b"})
+        EXPECT_TRUE(files.serves(served)) << served;
+    for (const char* other : {"http://a/b", "FILE:///a", "a+b-1.2://c", ""})
+        EXPECT_FALSE(files.serves(other)) << other;
     EXPECT_FALSE(files.is_remote(path.c_str()));
+}
+
+TEST(LocalFiles, AreRefusedWhereReadingWouldWait) {
+    const test::TemporaryFolder folder;
+    const AbortSignal interrupt;
+    AbortSignal abort;
+    LocalFileSystem files(interrupt);
+    ASSERT_EQ(::mkfifo(folder.path("pipe").c_str(), 0600), 0);
+    folder.link("pipe", "link");
+    for (const std::string& path : {folder.path("pipe"), folder.path("link"), std::string("/dev/zero")})
+        EXPECT_THROW(Ref<File>::adopt(files.open_stored(path.c_str(), abort)), vantaro_io::exception_io)
+            << path;
+    EXPECT_THROW(files.open_stored(folder.path("none").c_str(), abort), vantaro_io::exception_io_not_found);
+    folder.write("file", "x");
+    const auto file = Ref<File>::adopt(files.open_stored(folder.path("file").c_str(), abort));
+    char byte = 0;
+    EXPECT_EQ(file->reader().read(&byte, 1, abort), 1U);
+}
+
+TEST(LocalFiles, AreFoundWithoutRegardToCase) {
+    const test::TemporaryFolder folder;
+    const AbortSignal interrupt;
+    LocalFileSystem files(interrupt);
+    const auto found = [&](const char* name) {
+        StringSink out;
+        const std::string path = folder.path(name);
+        return files.find_ignoring_case(path.c_str(), out)
+                   ? out.take().substr(path.size() - std::strlen(name))
+                   : std::string("none");
+    };
+    for (const char* name : {"Album.CUE", "ALBUM.cue", "\u00C9t\u00E9.Cue", "caf\xE9.CUE", "x.cue.bak"})
+        folder.write(name, name);
+    folder.make_folder("Folder.CUE");
+    folder.write("folder.cue", "");
+    const struct {
+        const char* wanted;
+        const char* found;
+    } rows[] = {{"album.cue", "ALBUM.cue"},     {"\u00E9t\u00C9.cue", "\u00C9t\u00E9.Cue"},
+                {"caf\xE9.cue", "caf\xE9.CUE"}, {"caf\xC9.cue", "none"},
+                {"FOLDER.cue", "folder.cue"},   {"x.cue", "none"},
+                {"no/such.cue", "none"}};
+    for (const auto& row : rows)
+        EXPECT_EQ(found(row.wanted), row.found) << row.wanted;
+
+    // The listing of a folder that has long been as it is is kept until the folder changes.
+    const auto long_ago = std::filesystem::file_time_type::clock::now() - std::chrono::hours(1);
+    std::filesystem::last_write_time(folder.path(), long_ago);
+    EXPECT_EQ(found("new.cue"), "none");
+    folder.write("New.cue", "");
+    EXPECT_EQ(found("new.cue"), "New.cue");
+    std::filesystem::remove(folder.path("New.cue"));
+    EXPECT_EQ(found("new.cue"), "none");
+}
+
+TEST(LocalFiles, ShowTheirPathsAsTexts) {
+    const AbortSignal interrupt;
+    LocalFileSystem files(interrupt);
+    const auto shown = [&](const char* path) {
+        StringSink out;
+        EXPECT_TRUE(files.get_display_path(path, out));
+        return out.take();
+    };
+    EXPECT_EQ(shown("/m/caf\u00E9/a.flac"), "/m/caf\u00E9/a.flac");
+    EXPECT_EQ(shown("/\u00FC/caf\xE9 \x80\u00E9/\xFC"), "/\u00FC/caf\u00E9 \u20AC\u00C3\u00A9/\u00FC");
+    set_path_code_page("koi8-r");
+    EXPECT_EQ(shown("/\xED\xC9\xD2"), "/\u041C\u0438\u0440");
+    EXPECT_THROW(set_path_code_page("klingon"), vantaro_io::exception_io);
+    EXPECT_EQ(shown("/\xED"), "/\u041C");
+    set_path_code_page("windows-1252");
 }
 
 TEST(LocalFiles, MayBePipesAndDoNotWaitForEver) {

@@ -118,6 +118,52 @@ TEST_F(Configuration, KeepsTheOtherVersionOfAConflict) {
     EXPECT_THAT(others(), SizeIs(2)) << "the second did not replace the first";
 }
 
+TEST_F(Configuration, HandsOverWhatOthersStored) {
+    const auto taken_by = [](ComponentConfiguration& configuration, const std::string& bytes,
+                             bool is_accepted = true) {
+        std::string taken;
+        configuration.take_changes(bytes, [&](std::string_view records) {
+            taken += records;
+            return is_accepted;
+        });
+        return taken;
+    };
+    // A new user: both processes have only what components start with.
+    ComponentConfiguration ours = loaded();
+    ours.complete(stream("a0 b0"));
+    ComponentConfiguration theirs = loaded();
+    theirs.complete(stream("a0 b0"));
+    theirs.save(stream("a1 b0"));
+    EXPECT_EQ(taken_by(ours, stream("a0 b2")), stream("a1"));
+    EXPECT_THAT(ours.save(stream("a1 b2")).notices, IsEmpty());
+    EXPECT_EQ(stored(), stream("a1 b2"));
+    EXPECT_EQ(taken_by(ours, stream("a1 b2")), "");
+
+    theirs.take_changes(stream("a1 b0"), [](std::string_view) { return true; });
+    theirs.save(stream("a3 b2"));
+    EXPECT_EQ(taken_by(ours, stream("a1 b2"), false), stream("a3"));
+    EXPECT_EQ(taken_by(ours, stream("a1 b2")), stream("a3")) << "offered again, since it was not taken";
+    EXPECT_THAT(ours.save(stream("a4 b2")).notices, IsEmpty()) << "it has seen theirs";
+    EXPECT_EQ(stored(), stream("a4 b2"));
+    EXPECT_THAT(others(), IsEmpty());
+
+    theirs.save(stream("a5 b2"));
+    EXPECT_EQ(taken_by(ours, stream("a6 b2")), "") << "what both changed stays ours";
+    EXPECT_THAT(ours.save(stream("a6 b2")).notices, SizeIs(1)) << "and theirs is kept";
+    EXPECT_EQ(stored(), stream("a6 b2"));
+}
+
+TEST_F(Configuration, SavesAVariableThatStoodTwice) {
+    const std::string twice = stream("a1 b1 a2");
+    folder_.write(file_name, twice);
+    ComponentConfiguration configuration = loaded();
+    const auto saved = configuration.save(stream("a3 b1")); // it has read both, and knows the last
+    EXPECT_EQ(stored(), stream("a3 b1"));
+    ASSERT_THAT(saved.notices, SizeIs(1));
+    EXPECT_EQ(folder_.read(saved.notices[0].substr(saved.notices[0].rfind('/') + 1)), twice);
+    EXPECT_FALSE(configuration.save(stream("a3 b1")).is_written);
+}
+
 TEST_F(Configuration, SetsBrokenFilesAside) {
     const std::string broken = stream("a1 b2").substr(0, 40);
     const auto is_broken_copy = [&](const std::string& notice) {
@@ -152,6 +198,8 @@ TEST_F(Configuration, SetsBrokenFilesAside) {
     folder_.write(file_name, stream("b2"));
     EXPECT_THAT(late.set_aside("bad"), HasSubstr("replaced since"));
     EXPECT_EQ(stored(), stream("b2"));
+    std::filesystem::remove(late.path());
+    EXPECT_THAT(late.set_aside("bad"), HasSubstr("removed since"));
 }
 
 TEST_F(Configuration, LosesNothingOfManyWriters) {

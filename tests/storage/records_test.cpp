@@ -55,7 +55,9 @@ TEST(Records, MergesByVariable) {
         {"a1 x1", "a1", "a1 x1", "a1 x1", false},    // not ours to know
         {"a1 b1", "a1 b2", "", "a1 b2", false},      // the file is gone
         {"a1 a2", "a1 a3", "a4 a2", "a4 a3", false}, // several of one variable
-        {"a", "a", "a1", "a1", false},               // an empty value is one
+        {"a1 a2", "a3", "a1 a2", "a3", false},       // of several, the last one is what was read
+        {"a1 a2", "a2", "a1 a4", "a4", false},
+        {"a", "a", "a1", "a1", false}, // an empty value is one
     };
     for (const auto& row : rows) {
         const std::string base = stream(row.base);
@@ -67,6 +69,38 @@ TEST(Records, MergesByVariable) {
             << row.base << " | " << row.ours << " | " << row.theirs;
         EXPECT_EQ(merged.has_conflict, row.has_conflict)
             << row.base << " | " << row.ours << " | " << row.theirs;
+    }
+}
+
+TEST(Records, TellsWhatIsNewAndWhatToCompareWithNextTime) {
+    const struct {
+        const char* base;
+        const char* ours;
+        const char* theirs;
+        const char* news;
+        const char* next_base;
+        bool has_surplus;
+    } rows[] = {
+        {"a1 b1", "a1 b1", "a1 b1", "", "a1 b1", false},
+        {"a1 b1", "a2 b1", "a1 b2", "b2", "a1 b2", false}, // a is still a change of ours
+        {"a1", "a2", "a3", "", "a1", false},               // and so is a conflict
+        {"", "a2", "a3", "", "", false},
+        {"a1", "a2", "a2", "", "a2", false},
+        {"a1", "a1", "", "", "a1", false},
+        {"x1", "a1", "x1 y1", "y1", "x1 y1", false}, // unknown ones are handed over once
+        {"a1 a2", "a2", "a1 a2", "", "a2", true},
+        {"a2", "a2", "a3 a4", "a4", "a4", true},
+    };
+    for (const auto& row : rows) {
+        const std::string base = stream(row.base);
+        const std::string ours = stream(row.ours);
+        const std::string theirs = stream(row.theirs);
+        const MergedRecords merged =
+            merge_records(*parse_records(base), *parse_records(ours), *parse_records(theirs));
+        const std::string shown = std::string(row.base) + " | " + row.ours + " | " + row.theirs;
+        EXPECT_EQ(merged.news, stream(row.news)) << shown;
+        EXPECT_EQ(merged.base, stream(row.next_base)) << shown;
+        EXPECT_EQ(merged.has_surplus, row.has_surplus) << shown;
     }
 }
 

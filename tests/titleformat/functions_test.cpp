@@ -167,6 +167,7 @@ TEST(TitleFormatFunctions, WorkOnValues) {
          ")|$lenmulti($splitmulti(,;))|$join($splitmulti(ab,),/)",
          "a//b|a|0|ab"},
         {"$sortmulti($splitmulti(b 10;B 9;a,;))|$sortmulti($splitmulti(a;b;A,;),1)", "a, B 9, b 10|b, a, A"},
+        {"$sortmulti($splitmulti(Zappa;\u00C9dith;Eno;zz;\u00E9a,;))", "\u00E9a, \u00C9dith, Eno, Zappa, zz"},
         {"$unique($splitmulti(É;é;e,;))|$unique($splitmulti(A;a;A,;),1)", "É, e|A, a"},
         {"$replacemulti($splitmulti(a;b;a,;),a,)|$inmulti($splitmulti(a;b,;),a;b)", "b|"},
         {"$copy(x,$splitmulti(a;b,;))$copymerge(x,$splitmulti(b;c,;))$get(x)|$copymerge(x,c,1)$get(x)|$set(x,"

@@ -210,7 +210,12 @@ TEST(TitleFormatLanguage, ShowsLengthsSizesAndPaths) {
         {"/Sample.flac", "Sample|flac|Sample.flac|||/"},
         {"/a/b/.hidden", ".hidden||.hidden|b|a|/a/b"},
         {"/a//b/c.d.e", "c.d|e|c.d.e|b|a|/a//b"},
-        {"/m\xFFsic/x\xC3.mp3", "x\xEF\xBF\xBD|mp3|x\xEF\xBF\xBD.mp3|m\xEF\xBF\xBDsic||/m\xEF\xBF\xBDsic"},
+        // A name that is not UTF-8 is in Windows-1252, whole.
+        {"/m\xFCsic/\u00E9.\xC3.mp3",
+         "\u00C3\u00A9.\u00C3|mp3|\u00C3\u00A9.\u00C3.mp3|m\u00FCsic||/m\u00FCsic"},
+        {"/\u00FC/\u00E9.m\xDF"
+         "3",
+         "\u00C3\u00A9|m\u00DF3|\u00C3\u00A9.m\u00DF3|\u00FC||/\u00FC"},
     };
     for (const Expectation& row : paths) {
         track.location = row.pattern;

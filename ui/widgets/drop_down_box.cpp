@@ -1,6 +1,7 @@
 #include "ui/widgets/drop_down_box.h"
 
 #include "host/exception_filter.h"
+#include "host/shared/text.h"
 #include "ui/dialog_template.h"
 #include "ui/widgets/line_edit.h"
 
@@ -61,13 +62,14 @@ void DropDownBox::contextMenuEvent(QContextMenuEvent* event) {
 }
 
 void DropDownBox::set_entries(const std::vector<std::string>& entries) {
-    QStringList list;
-    for (const std::string& entry : entries)
-        list.append(QString::fromStdString(entry));
+    std::vector<std::string> sorted = entries;
     if (flags_ & control_flag::sorted)
-        std::ranges::stable_sort(list, [](const QString& a, const QString& b) {
-            return QString::compare(a, b, Qt::CaseInsensitive) < 0;
+        std::ranges::stable_sort(sorted, [](const std::string& a, const std::string& b) {
+            return compare_alphabetical(a, b) < 0;
         });
+    QStringList list;
+    for (const std::string& entry : sorted)
+        list.append(QString::fromStdString(entry));
     const QString text = currentText();
     const int cursor = lineEdit()->cursorPosition();
     clear();

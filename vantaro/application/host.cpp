@@ -3,6 +3,7 @@
 #include "host/api/registered_services.h"
 #include "vantaro/application/preferences.h"
 #include "vantaro/common/own_program.h"
+#include "vantaro/common/path_text.h"
 #include "vantaro/storage/default_folders.h"
 
 #include <QCoreApplication>
@@ -48,6 +49,7 @@ Host::Host(const HostSetup& setup)
       components_(setup.config_dir.empty() ? default_config_dir() : setup.config_dir,
                   [this](std::string_view line) { report(line); }),
       reported_(setup.reported) {
+    set_path_code_page(setup.code_page);
     look_after_runs(setup.config_dir.empty() ? default_config_dir() : setup.config_dir,
                     setup.config_dir.empty());
     tag_io_.set_recovery_report(line_reporter());
@@ -61,6 +63,7 @@ Host::Host(const HostSetup& setup)
     registry_.add_own<InputEntry>(tag_reader_);
     registry_.add_only<HostVersion>(version_, "the version");
     registry_.add_only<LegacyCodePage>(code_page_, "character sets");
+    registry_.add_own<ConfigurationStorage>(configuration_service_);
     registry_.add_only<TitleFormatCompiler>(title_formatting_, "title formatting");
     registry_.add_own<TitleFormatDiagnosis>(title_format_diagnosis_);
     registry_.add_only<HostTagIO>(tag_io_, "tags");

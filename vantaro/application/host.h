@@ -15,6 +15,7 @@
 #pragma once
 
 #include "host/api/user_interaction.h"
+#include "vantaro/application/configuration_service.h"
 #include "vantaro/journal/recovery.h"
 #include "vantaro/loading/component.h"
 #include "vantaro/loading/service_registry.h"
@@ -48,7 +49,7 @@ struct HostSetup {
     /// What was reported once already, by the process that started this one.
     std::vector<std::string> reported;
 
-    /// What texts in files are in that say nothing of it, such as cue sheets that are not UTF-8.
+    /// What names of files, and texts in files that say nothing of it, are in where they are not UTF-8.
     std::string code_page = "windows-1252";
 
     /// These outlive the host.
@@ -71,8 +72,10 @@ public:
     void load_components();
     /// Handles events until no update is under way. An interrupt ends updates early.
     void wait_until_idle();
-    /// Stores what has changed in the components' configurations. Returns whether all could be stored; what
-    /// could not is reported.
+    /// Hands the components what other processes have stored since; what fails is reported.
+    void take_stored_configurations() { components_.take_stored_changes(); }
+    /// The same, and stores what has changed in the components' configurations. Returns whether all could be
+    /// stored; what could not is reported.
     bool save_configurations();
     /// The same for a change to the configurations as they are stored now, which other processes may have
     /// changed since the start. Throws: what ComponentSet::change_configurations throws.
@@ -86,6 +89,8 @@ public:
     TagIO& tag_io() { return tag_io_; }
     /// The runs of this user that can be taken back.
     RunStore& runs() { return runs_; }
+    /// Where components change what is stored.
+    ConfigurationService& configuration_service() { return configuration_service_; }
     const AbortSignal& interrupt() const { return interrupt_.flag(); }
     /// Prints a line on the console.
     void report(std::string_view line) { console_.print(line.data(), line.size()); }
@@ -147,6 +152,8 @@ private:
     TrackTable tracks_;
     TagIO tag_io_;
     ComponentSet components_;
+    ConfigurationService configuration_service_{components_,
+                                                [this](const std::string& line) { report(line); }};
     mutable std::mutex reported_mutex_; // guards what follows
     std::vector<std::string> reported_;
 };

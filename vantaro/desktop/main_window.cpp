@@ -1,6 +1,8 @@
 #include "vantaro/desktop/main_window.h"
 
+#include "host/api/exceptions.h"
 #include "vantaro/locations/playlist.h"
+#include "vantaro/storage/files.h"
 #include "vantaro/tags/format.h"
 #include "vantaro/windows/preferences_window.h"
 #include "vantaro/windows/shown_text.h"
@@ -82,7 +84,21 @@ MainWindow::MainWindow(Host& host, const WindowSetup& setup)
     save_timer_.setInterval(save_delay);
     connect(&save_timer_, &QTimer::timeout, this, [this] { save_configurations(); });
     // A dialog that opens or closes moves the focus; it may have changed something by then.
-    connect(qApp, &QGuiApplication::focusWindowChanged, this, [this] { save_timer_.start(); });
+    connect(qApp, &QGuiApplication::focusWindowChanged, this, [this](const QWindow* focused) {
+        if (focused)
+            host_.take_stored_configurations();
+        save_timer_.start();
+    });
+    host_.configuration_service().on_changed = [this] { save_timer_.start(); };
+    // What other processes store, while nobody touches a window here.
+    try {
+        make_folder(setup_.config_dir);
+        config_watcher_.addPath(QFile::decodeName(QByteArray::fromStdString(setup_.config_dir)));
+    } catch (const vantaro_io::exception_io&) {
+        // Storing something there will fail as well, and say so.
+    }
+    connect(&config_watcher_, &QFileSystemWatcher::directoryChanged, &save_timer_,
+            qOverload<>(&QTimer::start));
     connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
         if (state != Qt::ApplicationActive)
             save_configurations();
@@ -105,6 +121,7 @@ MainWindow::MainWindow(Host& host, const WindowSetup& setup)
 }
 
 MainWindow::~MainWindow() {
+    host_.configuration_service().on_changed = {};
     host_.tag_io().remove_change_listener(this);
     // The list uses the model, which would go first.
     delete list_;

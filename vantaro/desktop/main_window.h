@@ -19,6 +19,7 @@
 #include "vantaro/windows/console_panel.h"
 #include "vantaro/windows/dialog_registry.h"
 
+#include <QFileSystemWatcher>
 #include <QLabel>
 #include <QMainWindow>
 #include <QProgressBar>
@@ -119,6 +120,7 @@ private:
     QToolButton* cancel_button_ = nullptr;
     QTimer summary_timer_;
     QTimer save_timer_;
+    QFileSystemWatcher config_watcher_;
 };
 
 } // namespace vantaro::core

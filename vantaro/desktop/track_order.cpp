@@ -10,10 +10,11 @@ namespace vantaro::core {
 
 namespace {
 
+/// The texts are natural_sort_keys.
 bool comes_before(const SortKey& a, const SortKey& b) {
     if (a.number != b.number)
         return a.number < b.number;
-    return compare_natural(a.text, b.text) < 0;
+    return a.text < b.text;
 }
 
 } // namespace
@@ -29,6 +30,8 @@ std::vector<std::uint32_t> order_by(Column column, Qt::SortOrder direction,
         // "3/12" and "03" are the same number, and stay in the order in which they are.
         if (column_info(column).is_number && keys.back().number >= 0)
             keys.back().text.clear();
+        else
+            keys.back().text = natural_sort_key(keys.back().text);
     }
     std::vector<std::uint32_t> order(tracks.size());
     std::iota(order.begin(), order.end(), 0U);

@@ -47,10 +47,22 @@ void restore_columns(const QSettings& settings, TrackList& list) {
 
 } // namespace
 
+namespace {
+
+/// A pipe in its place would keep whoever opens it waiting.
+bool may_be_opened(const QString& path) {
+    const QFileInfo file(path);
+    return !file.exists() || file.isFile();
+}
+
+} // namespace
+
 WindowMemory::WindowMemory(const std::string& config_dir)
     : path_(QFile::decodeName(QByteArray::fromStdString(config_dir)) + "/window.ini") {}
 
 void WindowMemory::restore(QMainWindow& window, TrackList& list) const {
+    if (!may_be_opened(path_))
+        return;
     const QSettings settings(path_, QSettings::IniFormat);
     window.restoreGeometry(settings.value("window/geometry").toByteArray());
     window.restoreState(settings.value("window/panels").toByteArray());
@@ -58,6 +70,8 @@ void WindowMemory::restore(QMainWindow& window, TrackList& list) const {
 }
 
 bool WindowMemory::store(const QMainWindow& window, const TrackList& list) const {
+    if (!may_be_opened(path_))
+        return false;
     QDir().mkpath(QFileInfo(path_).path());
     // A file that is none of these is worth nothing, and would stay as it is.
     if (QSettings(path_, QSettings::IniFormat).status() == QSettings::FormatError)

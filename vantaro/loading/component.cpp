@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <optional>
 #include <system_error>
+#include <utility>
 
 namespace vantaro::core {
 
@@ -24,6 +25,26 @@ std::string last_load_error() {
     const char* text = ::dlerror();
     return text ? text : "unknown error";
 }
+
+/// All that the component has to store.
+std::string written_by(ComponentClient& client) {
+    AbortSignal abort; // never set
+    MemoryWriter writer;
+    client.get_config(writer, abort);
+    return writer.bytes();
+}
+
+/// True while it is there.
+class Changing {
+public:
+    explicit Changing(bool& flag) : flag_(flag) { flag_ = true; }
+    ~Changing() { flag_ = false; }
+    Changing(const Changing&) = delete;
+    Changing& operator=(const Changing&) = delete;
+
+private:
+    bool& flag_;
+};
 
 } // namespace
 
@@ -80,8 +101,8 @@ void ComponentSet::add_built_in(GetInterfaceFunction& get_interface, const std::
         return;
     }
     const std::string file_name = file_name_of(path);
-    components_.push_back(
-        std::make_unique<Component>(Component{path, client, ComponentConfiguration(config_dir_, file_name)}));
+    components_.push_back(std::make_unique<Component>(
+        Component{path, client, ComponentConfiguration(config_dir_, file_name), {}}));
     for (ServiceRecord* record = client->get_service_list(); record; record = record->next())
         if (const std::string_view purpose = registry.add(*record, path); !purpose.empty())
             report_("A service of component " + path + " is not used: this program has its own for "
@@ -101,6 +122,7 @@ void ComponentSet::read_configuration(Component& component) {
         } catch (const std::exception& error) {
             report_(component.configuration.set_aside(error.what()));
         }
+        component.configuration.complete(written_by(*component.client));
     } catch (const std::exception& error) {
         report_(error.what());
     }
@@ -111,14 +133,44 @@ void ComponentSet::announce_services(bool available) {
         component->client->services_init(available);
 }
 
-bool ComponentSet::save_configurations() {
-    bool all_saved = true;
-    AbortSignal abort; // never set
+void ComponentSet::take_stored_changes() {
     for (const auto& component : components_) {
         try {
-            MemoryWriter writer;
-            component->client->get_config(writer, abort);
-            report_all(component->configuration.save(writer.bytes()).notices);
+            take_stored_changes(*component);
+        } catch (const std::exception& error) {
+            report_(error.what());
+        }
+    }
+}
+
+void ComponentSet::take_stored_changes(Component& component) {
+    const std::string before = written_by(*component.client);
+    AbortSignal abort; // never set
+    component.configuration.take_changes(before, [&](std::string_view records) {
+        try {
+            MemoryReader reader(records);
+            component.client->set_config(reader, abort);
+            component.refusal.clear();
+            return true;
+        } catch (const std::exception& error) {
+            // It may have taken half of them, which is not to be stored.
+            MemoryReader reader(before);
+            component.client->set_config(reader, abort);
+            if (std::exchange(component.refusal, error.what()) != error.what())
+                report_(component.configuration.path()
+                        + ": what another process has stored could not be used (" + error.what() + ")");
+            return false;
+        }
+    });
+}
+
+bool ComponentSet::save_configurations() {
+    bool all_saved = true;
+    for (const auto& component : components_) {
+        try {
+            take_stored_changes(*component);
+            const std::string bytes = written_by(*component->client);
+            report_all(component->configuration.save(bytes).notices);
         } catch (const std::exception& error) {
             report_(error.what());
             all_saved = false;
@@ -128,14 +180,20 @@ bool ComponentSet::save_configurations() {
 }
 
 bool ComponentSet::change_configurations(const std::function<void()>& change) {
+    if (is_changing_) {
+        change();
+        return true;
+    }
     std::optional<FileLock> lock;
     if (!config_dir_.empty()) {
         make_folder(config_dir_);
         lock.emplace(config_dir_ + "/change.lock");
     }
-    for (const auto& component : components_)
-        read_configuration(*component);
-    change();
+    take_stored_changes();
+    {
+        const Changing changing(is_changing_);
+        change();
+    }
     return save_configurations();
 }
 

@@ -39,10 +39,13 @@ public:
 
     /// Tells every component whether the host's services may be used.
     void announce_services(bool available);
-    /// Stores what has changed in the components' configurations since they were read. Failures are reported.
+    /// Hands the components what other processes have stored since. Failures are reported.
+    void take_stored_changes();
+    /// The same, and stores what has changed in the components' configurations. Failures are reported.
     /// Returns whether all could be stored.
     bool save_configurations();
-    /// Makes a change to what the files hold now, and stores it, while no other process does the same.
+    /// Makes a change to what the files hold now, and stores it, while no other process does the same. A
+    /// change within a change is stored with it.
     /// Throws: vantaro_io::exception_io when the folder takes no lock, and what `change` throws.
     bool change_configurations(const std::function<void()>& change);
 
@@ -53,15 +56,19 @@ private:
         std::string path;
         ComponentClient* client;
         ComponentConfiguration configuration;
+        /// Why it could not take what another process has stored; said once.
+        std::string refusal;
     };
 
     void load_file(const std::string& path, HostApi& api, ServiceRegistry& registry);
     void read_configuration(Component& component);
+    void take_stored_changes(Component& component);
     void report_all(const std::vector<std::string>& lines);
 
     std::string config_dir_;
     Report report_;
     std::vector<std::unique_ptr<Component>> components_;
+    bool is_changing_ = false;
 };
 
 } // namespace vantaro::core

@@ -13,6 +13,9 @@ namespace vantaro::core {
 std::string find_damage(const std::string& path) {
     std::error_code error;
     const std::uintmax_t size = std::filesystem::file_size(path, error);
+    // Opening a pipe would wait for its other end.
+    if (std::error_code none; std::filesystem::is_fifo(path, none))
+        return "it is a pipe";
     std::ifstream file(path, std::ios::binary);
     if (error || !file)
         return {}; // the loader says it better

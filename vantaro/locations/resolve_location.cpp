@@ -68,8 +68,7 @@ std::string_view name_of(std::string_view path) {
 
 /// Paths of one folder: names decide.
 void sort_by_name(std::vector<std::string>& paths) {
-    std::ranges::sort(
-        paths, [](const auto& a, const auto& b) { return compare_natural(name_of(a), name_of(b)) < 0; });
+    sort_naturally(paths, name_of);
 }
 
 class Resolver {

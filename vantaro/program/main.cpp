@@ -210,7 +210,9 @@ int run(int argc, char** argv) {
     options.add_option("--jobs", line.setup.jobs, "Files to read and to write at a time")
         ->type_name("N")
         ->check(CLI::Range(1, 64));
-    options.add_option("--code-page", line.setup.code_page, "Character set of cue sheets that are not UTF-8")
+    options
+        .add_option("--code-page", line.setup.code_page,
+                    "Character set of file names and cue sheets that are not UTF-8")
         ->type_name("NAME");
     options
         .add_option("--menu", line.menu_command,

@@ -2,7 +2,9 @@
 
 #include "host/api/track_info_record.h"
 #include "vantaro/common/file_identity.h"
+#include "vantaro/common/path_text.h"
 #include "vantaro/common/system_error.h"
+#include "vantaro/locations/location_text.h"
 #include "vantaro/tags/tag_file.h"
 
 #include <fcntl.h>
@@ -143,8 +145,7 @@ private:
 } // namespace
 
 bool LocalFileSystem::serves(const char* path) {
-    const std::string_view text = path;
-    return !text.empty() && text.find("://") == std::string_view::npos;
+    return *path != '\0' && !is_url(path);
 }
 
 bool LocalFileSystem::is_remote(const char* path) {
@@ -158,8 +159,24 @@ bool LocalFileSystem::is_remote(const char* path) {
 }
 
 bool LocalFileSystem::get_display_path(const char* path, TextSink& out) {
-    set_text(out, path);
+    set_text(out, path_as_text(path));
     return true;
+}
+
+bool LocalFileSystem::find_ignoring_case(const char* path, TextSink& out) {
+    const std::optional<std::string> found = folder_names_.find_ignoring_case(path);
+    if (found)
+        set_text(out, *found);
+    return found.has_value();
+}
+
+File* LocalFileSystem::open_stored(const char* path, AbortFlag& abort) {
+    abort.check();
+    auto file = make_service<LocalFile>(path, OpenMode::read, abort, interrupt_);
+    std::uint64_t size = 0;
+    if (!file->get_size(size, abort))
+        throw vantaro_io::exception_io("It is no regular file");
+    return file.detach();
 }
 
 File* LocalFileSystem::open(const char* path, OpenMode mode, AbortFlag& abort) {

@@ -6,6 +6,7 @@
 #include "vantaro/storage/records.h"
 
 #include <filesystem>
+#include <set>
 #include <stdexcept>
 
 namespace vantaro::core {
@@ -67,15 +68,34 @@ ComponentConfiguration::LoadResult ComponentConfiguration::load() {
     return result;
 }
 
+void ComponentConfiguration::complete(std::string_view bytes) {
+    const std::optional<Records> ours = parse_records(bytes);
+    if (!base_ || !ours)
+        return;
+    const Records old_base = parse_records(*base_).value();
+    std::set<Guid> stored;
+    // The tail, which has no meaning, would come in between.
+    std::string base;
+    for (const Record& record : old_base.records) {
+        stored.insert(record.key.first);
+        base += record.bytes;
+    }
+    for (const Record& record : ours->records)
+        if (!stored.contains(record.key.first))
+            base += record.bytes;
+    base_ = std::move(base);
+}
+
 std::string ComponentConfiguration::set_aside(std::string_view reason) {
     const std::string file = follow_links(path_);
     make_folder(std::filesystem::path(file).parent_path().string());
     const FileLock lock(lock_of(file));
     const std::optional<std::string> bytes = read_file(file);
     const bool is_refused_one = bytes && base_ && *bytes == *base_;
-    std::string notice = is_refused_one ? broken_notice(file, reason, set_file_aside(file, "broken"))
-                                        : file + " could not be used (" + std::string(reason)
-                                              + ") and has been replaced since";
+    std::string notice = is_refused_one
+                             ? broken_notice(file, reason, set_file_aside(file, "broken"))
+                             : file + " could not be used (" + std::string(reason) + ") and has been "
+                                   + (bytes ? "replaced since" : "removed since");
     base_.emplace();
     return notice;
 }
@@ -92,6 +112,17 @@ ComponentConfiguration::Outcome ComponentConfiguration::merge_with_file(const st
     outcome.is_broken = !theirs;
     outcome.merged = merge_records(parse_records(*base_).value(), *ours, theirs.value_or(Records()));
     return outcome;
+}
+
+void ComponentConfiguration::take_changes(std::string_view bytes,
+                                          const std::function<bool(std::string_view records)>& hand_over) {
+    if (!base_ || path_.empty())
+        return;
+    const Outcome outcome = merge_with_file(follow_links(path_), bytes);
+    if (outcome.is_broken || !outcome.old_bytes)
+        return;
+    if (outcome.merged.news.empty() || hand_over(outcome.merged.news))
+        base_ = outcome.merged.base;
 }
 
 ComponentConfiguration::SaveResult ComponentConfiguration::save(std::string_view bytes) {
@@ -116,6 +147,9 @@ ComponentConfiguration::SaveResult ComponentConfiguration::save(std::string_view
                 broken_notice(file, truncated, set_copy_aside(file, "broken", *outcome.old_bytes)));
         else if (outcome.merged.has_conflict)
             result.notices.push_back(file + " was changed by another process; its version is kept as "
+                                     + set_copy_aside(file, "conflict", *outcome.old_bytes));
+        else if (outcome.merged.has_surplus)
+            result.notices.push_back(file + " held a setting twice; as it was, it is kept as "
                                      + set_copy_aside(file, "conflict", *outcome.old_bytes));
         if (outcome.changes_file()) {
             replace_file(file, outcome.merged.bytes);

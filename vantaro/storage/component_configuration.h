@@ -13,8 +13,9 @@
 // since it was last loaded or saved is taken from the file, so that it does not undo what another process
 // saved. What both changed is ours; the file as the other process left it is kept beside as
 // "<file>.conflict-<date>". Nothing that is in the file goes away by saving, since a variable that the
-// component does not write is one that it does not know, as those of its newer versions. Only the file tells
-// of other processes' changes: to have the component take them, load again.
+// component does not write is one that it does not know, as those of its newer versions. A variable that
+// stands in the file more often than the component writes it has the value of the last one; a copy of such a
+// file is kept as well. take_changes() hands the component what other processes have stored.
 //
 // A file that cannot be understood is kept as "<file>.broken-<date>". When the file is a link, everything
 // happens where it leads.
@@ -22,6 +23,7 @@
 // A ComponentConfiguration is used by one thread at a time; different ones for one file by any.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -53,10 +55,20 @@ public:
     /// then refuses until load() succeeds.
     LoadResult load();
 
+    /// What the component writes once it has read what load() gave: where the file says nothing, this is what
+    /// it starts with, and no change of its own.
+    void complete(std::string_view bytes);
+
     /// For a component that fails to read what load() gave: the file is set aside and counts as empty from
     /// now on. `reason` is part of the returned notice. A file that another process has replaced meanwhile
     /// stays. Throws: vantaro_io::exception_io.
     std::string set_aside(std::string_view reason);
+
+    /// Calls `hand_over` with the records that other processes have stored since, those of variables that the
+    /// component has changed itself excepted; not at all when there are none, or the file cannot be
+    /// understood. It returns whether the component has taken them; otherwise they remain theirs. `bytes` is
+    /// all that the component writes. Throws: as save(), and what `hand_over` throws.
+    void take_changes(std::string_view bytes, const std::function<bool(std::string_view records)>& hand_over);
 
     /// `bytes` is all that the component writes. Either all of it is on the medium or the file is as it was.
     /// Throws: vantaro_io::exception_io naming the file and the system's reason, exception_io_denied also

@@ -45,11 +45,14 @@ std::optional<Records> parse_records(std::string_view bytes) {
         Guid id;
         std::ranges::transform(bytes.substr(0, guid_size), id.bytes.begin(),
                                [](char c) { return static_cast<std::uint8_t>(c); });
-        result.records.push_back({.key = {id, counts[id]++},
+        ++counts[id];
+        result.records.push_back({.key = {id, 0},
                                   .value = bytes.substr(header_size, size),
                                   .bytes = bytes.substr(0, header_size + size)});
         bytes.remove_prefix(header_size + size);
     }
+    for (Record& record : result.records)
+        record.key.second = --counts[record.key.first];
     result.tail = bytes;
     return result;
 }
@@ -62,17 +65,35 @@ MergedRecords merge_records(const Records& base, const Records& ours, const Reco
     for (const Record& record : ours.records) {
         const auto their = their_index.find(record.key);
         const bool is_ours = !has_value(base_index, record);
-        if (is_ours || their == their_index.end())
+        if (is_ours || their == their_index.end()) {
             merged.bytes += record.bytes;
-        else
+        } else {
             merged.bytes += their->second->bytes;
-        if (is_ours && their != their_index.end() && their->second->value != record.value
-            && !has_value(base_index, *their->second))
-            merged.has_conflict = true;
+            if (their->second->value != record.value)
+                merged.news += their->second->bytes;
+        }
+        const bool is_conflict = is_ours && their != their_index.end() && their->second->value != record.value
+                                 && !has_value(base_index, *their->second);
+        merged.has_conflict = merged.has_conflict || is_conflict;
+        // As long as a conflict is not settled, it stays one.
+        if (const auto old = base_index.find(record.key);
+            (is_conflict || their == their_index.end()) && old != base_index.end())
+            merged.base += old->second->bytes;
+        else if (!is_conflict && their != their_index.end())
+            merged.base += their->second->bytes;
     }
-    for (const Record& record : theirs.records)
-        if (!our_index.contains(record.key))
-            merged.bytes += record.bytes;
+    for (const Record& record : theirs.records) {
+        if (our_index.contains(record.key))
+            continue;
+        if (our_index.contains({record.key.first, 0})) {
+            merged.has_surplus = true;
+            continue;
+        }
+        merged.bytes += record.bytes;
+        merged.base += record.bytes;
+        if (!has_value(base_index, record))
+            merged.news += record.bytes;
+    }
     merged.bytes += ours.tail;
     return merged;
 }

@@ -1,8 +1,8 @@
 #include "vantaro/titleformat/fields.h"
 
 #include "host/api/track_info_record.h"
+#include "vantaro/common/path_text.h"
 #include "vantaro/common/utf8.h"
-#include "vantaro/titleformat/functions/characters.h"
 #include "vantaro/titleformat/functions/number_text.h"
 #include "vantaro/titleformat/functions/path_text.h"
 #include "vantaro/titleformat/names.h"
@@ -197,14 +197,40 @@ bool put_peak(const TrackInfo& info, const char* name, float peak, FieldSink& si
     return peak != ReplayGain::unknown_peak && put_text({text, static_cast<std::size_t>(size)}, sink);
 }
 
-/// Paths are bytes; what is not UTF-8 in them shows as replacement characters.
-bool put_path(std::string_view path, FieldSink& sink) {
-    if (is_utf8(path))
-        return put_text(path, sink);
-    std::string shown;
-    for (const Character& character : Characters(path))
-        shown += character.code_point < 0 ? std::string_view("\xEF\xBF\xBD") : character.bytes;
-    return put_text(shown, sink);
+/// A path as a text, which is made only where the path is none yet.
+class PathText {
+public:
+    explicit PathText(std::string_view path)
+        : made_(is_utf8(path) ? std::string() : path_as_text(path)), text_(made_.empty() ? path : made_) {}
+    PathText(const PathText&) = delete;
+    PathText& operator=(const PathText&) = delete;
+    std::string_view get() const { return text_; }
+
+private:
+    const std::string made_;
+    const std::string_view text_;
+};
+
+/// Parts of the text, rather than texts of the parts: a part can be UTF-8 where the whole name is not.
+bool put_of_path(BuiltInField part, std::string_view track_path, FieldSink& sink) {
+    const PathText text(track_path);
+    const std::string_view file = text.get();
+    switch (part) {
+    case file_name:
+        return put_text(file_stem(file), sink);
+    case file_name_extension:
+        return put_text(file_base_name(file), sink);
+    case extension:
+        return put_text(file_extension(file), sink);
+    case directory_name:
+        return put_text(file_base_name(parent_path(file)), sink);
+    case parent_directory_name:
+        return put_text(file_base_name(parent_path(parent_path(file))), sink);
+    case directory_path:
+        return put_text(parent_path(file), sink);
+    default:
+        return put_text(file, sink);
+    }
 }
 
 FileStats stats_of(TrackHandle& track) {
@@ -252,10 +278,10 @@ bool put_file_stats(BuiltInField field, TrackHandle& track, FieldSink& sink) {
 bool put_codec(const FieldSources& sources, FieldSink& sink) {
     if (put_technical(sources.info, "codec", sink))
         return true;
-    std::string name(file_extension(sources.track.path()));
+    std::string name(file_extension(PathText(sources.track.path()).get()));
     for (char& c : name)
         c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-    return put_path(name, sink);
+    return put_text(name, sink);
 }
 
 } // namespace
@@ -281,14 +307,13 @@ BuiltInField find_field(std::string_view name) {
 
 bool write_field(BuiltInField field, const char* name, const FieldSources& sources, FieldSink& sink) {
     const TrackInfo& info = sources.info;
-    const auto file = [&] { return std::string_view(sources.track.path()); };
     switch (field) {
     case none:
         return put_all_values(info, name, sink);
     case technical:
         return put_technical(info, name + 2, sink);
     case title:
-        return put_all_values(info, "TITLE", sink) || put_path(file_stem(file()), sink);
+        return put_all_values(info, "TITLE", sink) || put_of_path(file_name, sources.track.path(), sink);
     case artist:
         return put_first_field(info, {"ARTIST", "ALBUMARTIST", "ALBUM ARTIST"}, sink);
     case album_artist:
@@ -331,19 +356,13 @@ bool write_field(BuiltInField field, const char* name, const FieldSources& sourc
     case album_peak:
         return put_peak(info, name, info.replay_gain().album_peak, sink);
     case file_name:
-        return put_path(file_stem(file()), sink);
     case file_name_extension:
-        return put_path(file_base_name(file()), sink);
     case extension:
-        return put_path(file_extension(file()), sink);
     case directory_name:
-        return put_path(file_base_name(parent_path(file())), sink);
     case parent_directory_name:
-        return put_path(file_base_name(parent_path(parent_path(file()))), sink);
     case directory_path:
-        return put_path(parent_path(file()), sink);
     case path:
-        return put_path(file(), sink);
+        return put_of_path(field, sources.track.path(), sink);
     case subsong:
         return put_number(sources.track.subsong(), sink);
     case file_size:

@@ -106,7 +106,7 @@ void sortmulti(Call& call) {
     call.charge(call.text(0).size() * std::bit_width(values.size()));
     const bool descends = is_true(call.text(1));
     std::ranges::stable_sort(values, [&](std::string_view a, std::string_view b) {
-        return (descends ? compare_natural(b, a) : compare_natural(a, b)) < 0;
+        return (descends ? compare_natural_ignoring_case(b, a) : compare_natural_ignoring_case(a, b)) < 0;
     });
     for (const std::string_view value : values)
         call.put_value(value);

@@ -174,5 +174,28 @@ TEST_F(Program, OpensItsWindowForFilesAndEndsWhenInterrupted) {
     EXPECT_NE(error_.find("vantaro: "), std::string::npos) << error_;
 }
 
+TEST_F(Program, LeavesTheToolkitItsOptions) {
+    const std::string song = folder_.path("song.flac");
+    std::filesystem::copy_file(QUORVEX_SAMPLES "/album/02 - Gulls over Slate.flac", song);
+    const QString file = QString::fromStdString(song);
+    // This platform is there, and no other.
+    EXPECT_EQ(run({"-style", "fusion", "--jobs", "2", "--platform", "offscreen", file}, "no such display"),
+              130)
+        << error_;
+    EXPECT_EQ(run({"--jobs", "2", "-style=fusion", "/tag:title=first", file}), 0) << error_;
+    const std::string bytes = folder_.read("song.flac");
+    EXPECT_NE(bytes.find("TITLE=first"), std::string::npos);
+    // Behind a command, or without a value, nothing is an option of the toolkit, and no file is taken for its
+    // value.
+    for (const QStringList& wrong : {QStringList{"/tag:title=second", "-style", file, file},
+                                     QStringList{"-style"}, QStringList{"-platform=offscreen", file}}) {
+        EXPECT_EQ(run(wrong), 2);
+        EXPECT_NE(error_.find("not expected"), std::string::npos) << error_;
+        EXPECT_EQ(folder_.read("song.flac"), bytes);
+    }
+    EXPECT_EQ(run({"--", "-style"}), 2);
+    EXPECT_NE(error_.find("Nothing to do"), std::string::npos) << error_;
+}
+
 } // namespace
 } // namespace vantaro::test

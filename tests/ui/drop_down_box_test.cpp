@@ -137,6 +137,33 @@ TEST_F(DropDownBoxTest, WheelIsForTheFocus) {
     EXPECT_NE(turn(), "GENRE");
 }
 
+TEST_F(DropDownBoxTest, ListStartsAtTheText) {
+    for (int i = 0; i < 24; ++i)
+        field_name_history.add("FIELD" + std::to_string(10 + i));
+    attach(box_, field_name_history, "");
+    dialog_.resize(300, 100);
+    show();
+    const auto current = [&] { return box_.view()->currentIndex().data().toString().toStdString(); };
+    box_.setCurrentIndex(0); // chosen before
+    for (const char* text : {"FIELD16", "title", "ARTIST"}) {
+        box_.setEditText(text);
+        box_.showPopup();
+        EXPECT_EQ(current(), text);
+        EXPECT_TRUE(
+            box_.view()->viewport()->rect().contains(box_.view()->visualRect(box_.view()->currentIndex())));
+        box_.hidePopup();
+        EXPECT_EQ(box_.currentText(), text);
+    }
+    box_.setEditText("Title");
+    box_.showPopup();
+    EXPECT_EQ(current(), "") << "in other letters it is not there";
+    press(Qt::Key_Escape);
+    EXPECT_EQ(box_.currentText(), "Title");
+    box_.setEditText("FIELD16");
+    press(Qt::Key_Down);
+    EXPECT_EQ(box_.currentText(), "FIELD17") << "the keyboard goes on from the text, too";
+}
+
 TEST_F(DropDownBoxTest, MenuRemovesEntries) {
     attach(box_, field_name_history, "ARTIST");
     const std::string stored = text_setting(setting::field_name_history).get();

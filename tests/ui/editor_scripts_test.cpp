@@ -46,12 +46,30 @@ protected:
             text += ' ' + action.parameters;
         return text;
     }
+    /// Those of the names that fit the dialog's filter where letters count.
+    static std::string offered(const QFileDialog& dialog, const QStringList& names) {
+        const QString filter = dialog.nameFilters().value(0);
+        const QStringList patterns =
+            filter.mid(filter.indexOf('(') + 1).chopped(1).split(' ', Qt::SkipEmptyParts);
+        std::string text;
+        for (const QString& name : names)
+            if (std::ranges::any_of(patterns, [&](const QString& pattern) {
+                    return QRegularExpression::fromWildcard(pattern, Qt::CaseSensitive)
+                        .match(name)
+                        .hasMatch();
+                }))
+                text += name.toStdString() + ' ';
+        return text;
+    }
     /// Presses the button, and takes that file in the dialog that opens; "" leaves it.
     static void click_and_choose(const Editor& editor, int button, const std::string& file) {
         QTimer::singleShot(0, [&] {
             auto* dialog = dynamic_cast<QFileDialog*>(QApplication::activeModalWidget());
             ASSERT_TRUE(dialog);
-            EXPECT_EQ(dialog->nameFilters(), QStringList("Quorvex scripts (*.qvx)"));
+            EXPECT_EQ(dialog->windowTitle(), button == export_file   ? "Export script"
+                                             : button == import_file ? "Import script"
+                                                                     : "Append script");
+            EXPECT_EQ(offered(*dialog, {"a.qvx", "A.QVX", "a.Qvx", "a.qvxx", "qvx"}), "a.qvx A.QVX a.Qvx ");
             dialog->setOption(QFileDialog::DontConfirmOverwrite);
             if (file.empty())
                 return dialog->reject();

@@ -130,6 +130,30 @@ TEST_F(OneLine, TypingStopsAtTheWidthOfTheBox) {
         edit.undo();
     EXPECT_EQ(edit.text(), "") << "what was refused leaves nothing to undo";
 
+    // A wide letter that is refused takes what follows with it, so that no letter is missing in the middle.
+    edit.clear();
+    QTest::keyClicks(&edit, QString(full.size() - 1, 'm'));
+    while (edit.fontMetrics().horizontalAdvance(edit.text() + 'i')
+           < edit.fontMetrics().horizontalAdvance(full))
+        QTest::keyClicks(&edit, "i");
+    const QString begun = edit.text();
+    QTest::keyClicks(&edit, "Will");
+    EXPECT_EQ(edit.text(), begun);
+    compose(edit, "i");
+    paste_by_key(edit, "i");
+    EXPECT_EQ(edit.text(), begun) << "in no way";
+    QTest::keyClick(&edit, Qt::Key_Backspace);
+    QTest::keyClick(&edit, Qt::Key_Backspace);
+    QTest::keyClicks(&edit, "i");
+    EXPECT_EQ(edit.text(), begun.chopped(2) + 'i');
+    paste_by_key(edit, QString(50, 'm') + 'W');
+    const QString cut = edit.text();
+    QTest::keyClicks(&edit, "i");
+    EXPECT_EQ(edit.text(), cut) << "nothing comes behind a text that was cut";
+    edit.setText("x");
+    QTest::keyClicks(&edit, "i");
+    EXPECT_EQ(edit.text(), "xi");
+
     // A text that was longer from the start can be shortened.
     const QString longer(300, 'm');
     edit.setText(longer);

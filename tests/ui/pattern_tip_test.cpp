@@ -125,6 +125,43 @@ TEST_F(PatternTipTest, ShowsWhileTheBoxHasTheFocus) {
     EXPECT_NE(tip(other, 1008), "");
 }
 
+TEST_F(PatternTipTest, HidesNothingOfItsDialog) {
+    const struct {
+        Guid kind;
+        const char* parameters;
+        std::vector<int> boxes;
+    } dialogs[] = {{FormatValue::kind, "A\n", {1008}},
+                   {GuessFromFileName::kind, "", {1007}},
+                   {GuessFromFields::kind, "\n", {1028, 1008}},
+                   {AutoTrackNumber::kind, "", {1001}},
+                   {InputData::kind, "\n1\r\n2\r\n3\r\n4\r\n5\r\n6\r\n7", {1001}}};
+    const QRect screen = owner_->screen()->availableGeometry();
+    for (const auto& [kind, parameters, boxes] : dialogs) {
+        // In the middle, and where the screen ends near by.
+        for (const QPoint& place :
+             {screen.center() - QPoint(150, 150), screen.topLeft(), screen.bottomRight() - QPoint(200, 90)}) {
+            const Dialog dialog = open(kind, parameters);
+            dialog.window().move(place);
+            for (const int id : boxes) {
+                dialog.type(id, "%artist% - %album%");
+                ASSERT_NE(tip(dialog, id), "") << id;
+                const QRect shown = test::shown_balloon(dialog.window())->geometry();
+                EXPECT_TRUE(screen.contains(shown)) << id;
+                for (const QWidget* other :
+                     dialog.window().findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
+                    const QRect rect(other->mapToGlobal(QPoint(0, 0)), other->size());
+                    if (!other->isWindow() && other->isVisible() && screen.intersects(rect)) {
+                        EXPECT_FALSE(rect.intersects(shown)) << other->metaObject()->className() << " of "
+                                                             << dialog.window().windowTitle().toStdString();
+                    }
+                }
+            }
+            dialog.press_cancel();
+            run_deleted();
+        }
+    }
+}
+
 TEST_F(PatternTipTest, LongResultsAreCut) {
     const Dialog dialog = open(FormatValue::kind, "A\n$repeat(x,5000)");
     const std::string text = tip(dialog, 1008);

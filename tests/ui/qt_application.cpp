@@ -1,4 +1,5 @@
-// A QApplication from the first test of a program to the last, on the platform that needs no display.
+// A QApplication from the first test of a program to the last; on the platform that needs no display, unless
+// QUORVEX_TEST_PLATFORM names another.
 
 #include <gtest/gtest.h>
 
@@ -12,7 +13,8 @@ namespace {
 class QtEnvironment final : public testing::Environment {
 public:
     void SetUp() override {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+        const QByteArray platform = qgetenv("QUORVEX_TEST_PLATFORM");
+        qputenv("QT_QPA_PLATFORM", platform.isEmpty() ? "offscreen" : platform);
         QApplication::setStyle("fusion");
         application_ = std::make_unique<QApplication>(argument_count_, arguments_);
         QFont small = QApplication::font();

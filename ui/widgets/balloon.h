@@ -1,5 +1,5 @@
-// Balloon: a small window with a text that points at a control. It takes neither mouse nor keyboard, and
-// follows the control's window.
+// Balloon: a small window with a text that points at a control. It takes neither mouse nor keyboard, follows
+// the control's window, and is seen while that window is the active one.
 //
 //     Balloon balloon(window, Balloon::Shape::pointed);
 //     balloon.show_at(edit, "Please enter a value.", edit.width());
@@ -19,15 +19,18 @@ public:
     enum class Shape {
         /// Centred below the control, with a tip that points at the middle of its bottom edge.
         pointed,
-        /// A plain box below the control, flush with its left edge.
+        /// A plain box near the control, where it hides no other, no wider than the control.
         plain,
     };
 
     Balloon(QWidget& window, Shape shape);
 
-    /// Shows the text, wrapped at `text_width` pixels (0: only at its own line breaks), in place of what was
-    /// shown. Where the screen ends below the control, it stands above it.
+    /// Shows the text in place of what was shown. A pointed balloon wraps it at `text_width` pixels (0: only
+    /// at its own line breaks), and stands above the control where the screen ends below it. While the window
+    /// is not active, there is nothing to be seen.
     void show_at(QWidget& control, const QString& text, int text_width = 0);
+    /// Until the next show_at().
+    void take_away();
     QString text() const { return text_.text(); }
     /// What it points at; nullptr while it is not shown.
     const QWidget* control() const { return isVisible() ? control_.data() : nullptr; }
@@ -38,9 +41,15 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    /// Shows or hides it, as it has something to say and its window is active.
+    void show_with_window();
+    QSize size_at(int text_width);
     void place();
+    QRect place_pointed();
+    void apply_mask();
 
     const Shape shape_;
+    /// nullptr when there is nothing to say.
     QPointer<QWidget> control_;
     QStaticText text_;
     int text_width_ = 0;

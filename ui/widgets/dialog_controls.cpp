@@ -14,6 +14,7 @@
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QSet>
 #include <QTableView>
 
 namespace quorvex {
@@ -89,6 +90,18 @@ QWidget* make_widget(const Control& control, QWidget* window) {
     uBugCheck("a dialog template has a control of no kind");
 }
 
+bool has_own_text(ControlKind kind) {
+    return kind == ControlKind::label || kind == ControlKind::button || kind == ControlKind::group;
+}
+
+/// The text of a label as the name of its control.
+QString spoken(const char* text) {
+    QString name = QString::fromUtf8(text).remove('&');
+    if (name.endsWith(':'))
+        name.chop(1);
+    return name;
+}
+
 /// What a control needs to show all of itself, in pixels.
 QSize needed_size(const Control& control, const QWidget& widget) {
     const QSize hint = widget.sizeHint();
@@ -127,30 +140,36 @@ DialogControls::DialogControls(const DialogTemplate& dialog, QWidget& window)
 }
 
 void DialogControls::name_controls() {
-    QLabel* name = nullptr;
     std::vector<QLabel*> labels;
     std::vector<QCheckBox*> boxes;
+    QSet<QChar> taken;
+    const Item* name = nullptr;
     for (const Item& item : items_) {
-        if (auto* label = dynamic_cast<QLabel*>(item.widget)) {
-            name = label;
-        } else if (auto* box = dynamic_cast<QCheckBox*>(item.widget)) {
-            boxes.push_back(box);
-        } else if (name) {
-            name->setBuddy(item.widget);
-            labels.push_back(name);
-            QString spoken = name->text();
-            if (spoken.endsWith(':'))
-                spoken.chop(1);
-            item.widget->setAccessibleName(spoken.remove('&'));
-            name = nullptr;
+        const QString text = QString::fromUtf8(item.control->text);
+        if (auto* box = dynamic_cast<QCheckBox*>(item.widget)) {
+            boxes.push_back(box); // may stand between a label and what it names
+            continue;
         }
+        if (const QChar letter = mnemonic_of(text); !letter.isNull())
+            taken.insert(letter);
+        if (has_own_text(item.control->kind)) {
+            name = text.isEmpty() || item.control->kind == ControlKind::button ? nullptr : &item;
+            continue;
+        }
+        if (name)
+            set_spoken_name(*item.widget, spoken(name->control->text));
+        if (auto* label = name ? dynamic_cast<QLabel*>(name->widget) : nullptr) {
+            label->setBuddy(item.widget);
+            labels.push_back(label);
+        }
+        name = nullptr;
     }
-    add_mnemonics(labels, boxes);
+    add_mnemonics(labels, boxes, taken);
     // A box without a label is what the dialog is about.
     for (const auto& [control, widget] : items_)
         if ((control->kind == ControlKind::edit || control->kind == ControlKind::drop_down)
             && widget->accessibleName().isEmpty())
-            widget->setAccessibleName(QString::fromUtf8(dialog_.title));
+            set_spoken_name(*widget, QString::fromUtf8(dialog_.title));
 }
 
 void DialogControls::place() {
@@ -172,6 +191,12 @@ QWidget& DialogControls::get(std::uint16_t id) const {
 
 void DialogControls::no_such_control() {
     uBugCheck("a dialog template lacks a control that is asked for");
+}
+
+void set_spoken_name(QWidget& control, const QString& name) {
+    control.setAccessibleName(name);
+    if (const auto* box = dynamic_cast<const DropDownBox*>(&control))
+        box->lineEdit()->setAccessibleName(name);
 }
 
 std::string control_text(const QWidget& control) {

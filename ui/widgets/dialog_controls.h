@@ -5,9 +5,10 @@
 //     auto& box = controls.get<QComboBox>(1024);
 //
 // Widgets belong to the window, and have their ids as object names; tab order is the template's. A label
-// names the next control that has no text of its own: a click on its underlined letter goes there, and so do
-// assistive technologies. The dialog is drawn in the desktop's font and style; where these need more room
-// than the template's own would, all units grow alike.
+// names the next control, when that is a box or a list: a click on its underlined letter goes there, and so
+// do assistive technologies. A check box may stand between. So does the title of a frame, without a letter.
+// No letter is underlined twice. The dialog is drawn in the desktop's font and style; where these need more
+// room than the template's own would, all units grow alike.
 //
 // Main thread.
 #pragma once
@@ -56,6 +57,9 @@ private:
     std::vector<Item> items_;
     DialogUnits units_;
 };
+
+/// What assistive technologies call a control; a drop-down box with the field that has the focus in it.
+void set_spoken_name(QWidget& control, const QString& name);
 
 /// What a box of a dialog holds: UTF-8, line breaks of several lines as CR LF; of a check box "c" when it is
 /// checked, else "n".

@@ -5,6 +5,7 @@
 #include "ui/dialog_template.h"
 #include "ui/widgets/line_edit.h"
 
+#include <QAbstractItemView>
 #include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -13,6 +14,7 @@
 #include <QWheelEvent>
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace quorvex {
@@ -40,17 +42,35 @@ void DropDownBox::complete_from(const QStringList& entries) {
     completion_ = std::make_unique<Completion>(*this, entries, (flags_ & control_flag::upper_case) != 0);
 }
 
+void DropDownBox::showPopup() {
+    QComboBox::showPopup();
+    const QModelIndex found = model()->index(find_text(), modelColumn(), rootModelIndex());
+    view()->setCurrentIndex(found); // of no entry, where there is none
+    if (found.isValid())
+        view()->scrollTo(found, QAbstractItemView::PositionAtCenter);
+    else
+        view()->scrollToTop();
+}
+
+void DropDownBox::go_to_text() {
+    if (const int found = find_text(); found >= 0 && found != currentIndex())
+        setCurrentIndex(found);
+}
+
 void DropDownBox::keyPressEvent(QKeyEvent* event) {
+    constexpr std::array steps{Qt::Key_Up, Qt::Key_Down, Qt::Key_PageUp, Qt::Key_PageDown};
+    if (std::ranges::find(steps, event->key()) != steps.end() && !(event->modifiers() & Qt::AltModifier))
+        go_to_text();
     takes_away_ = event->key() == Qt::Key_Backspace || event->key() == Qt::Key_Delete
                   || event->matches(QKeySequence::Cut) || event->matches(QKeySequence::Undo);
     QComboBox::keyPressEvent(event);
 }
 
 void DropDownBox::wheelEvent(QWheelEvent* event) {
-    if (hasFocus())
-        QComboBox::wheelEvent(event);
-    else
-        event->ignore();
+    if (!hasFocus())
+        return event->ignore();
+    go_to_text();
+    QComboBox::wheelEvent(event);
 }
 
 void DropDownBox::contextMenuEvent(QContextMenuEvent* event) {

@@ -29,6 +29,9 @@ public:
     /// Completes what is typed from these entries, from now on.
     void complete_from(const QStringList& entries);
 
+    /// The list starts at the entry that equals the box's text.
+    void showPopup() override;
+
 protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
@@ -36,6 +39,11 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
 
 private:
+    /// The entry that equals the box's text; below 0 when there is none.
+    int find_text() const { return findText(currentText(), Qt::MatchExactly | Qt::MatchCaseSensitive); }
+    /// Makes the entry that equals the text the one that the keyboard and the wheel go on from.
+    void go_to_text();
+
     const unsigned flags_;
     const DropDownHistory* history_ = nullptr;
     std::unique_ptr<Completion> completion_;

@@ -160,7 +160,7 @@ EditorWindow::~EditorWindow() {
 
 void EditorWindow::set_up_lists() {
     set_up_preview_list(get<QTableView>(editor_control::track_list), preview_);
-    get<DropDownBox>(editor_control::script_name).setAccessibleName("Script name");
+    set_spoken_name(get<DropDownBox>(editor_control::script_name), "Script name");
 }
 
 void EditorWindow::start() {

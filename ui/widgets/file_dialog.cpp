@@ -6,9 +6,11 @@
 
 namespace quorvex {
 
-std::optional<std::string> uGetOpenFileName(QWidget& parent, FileDialog mode) {
-    const QPointer<QFileDialog> dialog(new QFileDialog(&parent));
-    dialog->setNameFilter("Quorvex scripts (*.qvx)");
+std::optional<std::string> uGetOpenFileName(QWidget& parent, FileDialog mode, const char* title) {
+    const QPointer<QFileDialog> dialog(new QFileDialog(&parent, QString::fromUtf8(title)));
+    // The dialogs of some desktops take patterns by the letter.
+    dialog->setNameFilter("Quorvex scripts (*.qvx *.[qQ][vV][xX])");
+    dialog->setOption(QFileDialog::HideNameFilterDetails);
     dialog->setDefaultSuffix("qvx");
     dialog->setAcceptMode(mode == FileDialog::save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
     dialog->setFileMode(mode == FileDialog::save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);

@@ -39,6 +39,8 @@ QString one_line(const QString& text) {
     return line;
 }
 
+constexpr qsizetype is_not_full = std::numeric_limits<qsizetype>::max();
+
 /// How wide a text fits in.
 int room(const QLineEdit& edit) {
     QStyleOptionFrame option;
@@ -51,11 +53,16 @@ int room(const QLineEdit& edit) {
 
 } // namespace
 
-LineEdit::LineEdit(unsigned flags, QWidget* parent) : QLineEdit(parent), flags_(flags) {
+LineEdit::LineEdit(unsigned flags, QWidget* parent)
+    : QLineEdit(parent), flags_(flags), full_at_(is_not_full) {
     setMaxLength(std::numeric_limits<int>::max()); // nothing is cut without a word
+    connect(this, &QLineEdit::textChanged, this, [this](const QString& text) {
+        if (text.size() < full_at_ || !isModified())
+            full_at_ = is_not_full;
+    });
 }
 
-QString LineEdit::corrected(const QString& text) const {
+QString LineEdit::corrected(const QString& text) {
     QString line = one_line(text);
     if (flags_ & control_flag::upper_case)
         line = line.toUpper();
@@ -63,17 +70,26 @@ QString LineEdit::corrected(const QString& text) const {
 }
 
 /// As much from the beginning as there is room for.
-QString LineEdit::cut_to_fit(QString inserted) const {
-    QString rest = text();
+QString LineEdit::cut_to_fit(const QString& text) {
+    if (text.isEmpty())
+        return text;
+    QString rest = this->text();
     qsizetype place = cursorPosition();
+    bool is_full = full_at_ != is_not_full;
     if (hasSelectedText()) {
         place = selectionStart();
         rest.remove(place, selectionLength());
+        is_full = false; // it goes
     }
     const int width = room(*this);
+    QString inserted = is_full ? QString() : text;
     while (!inserted.isEmpty()
            && fontMetrics().horizontalAdvance(QString(rest).insert(place, inserted)) > width)
         inserted.chop(inserted.size() > 1 && inserted.back().isLowSurrogate() ? 2 : 1);
+    if (inserted.size() < text.size()) {
+        full_at_ = rest.size() + inserted.size();
+        QApplication::beep();
+    }
     return inserted;
 }
 
@@ -132,6 +148,11 @@ void LineEdit::dropEvent(QDropEvent* event) {
     // Whatever it was, it is copied: a move would take more away than came in.
     event->setDropAction(Qt::CopyAction);
     event->accept();
+}
+
+void LineEdit::resizeEvent(QResizeEvent* event) {
+    QLineEdit::resizeEvent(event);
+    full_at_ = is_not_full;
 }
 
 } // namespace quorvex

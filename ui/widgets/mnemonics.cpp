@@ -21,8 +21,21 @@ QString with_mnemonic(const QString& text, QSet<QChar>& taken) {
     return text;
 }
 
-void add_mnemonics(const std::vector<QLabel*>& labels, const std::vector<QCheckBox*>& boxes) {
-    QSet<QChar> taken;
+QChar mnemonic_of(const QString& text) {
+    for (qsizetype i = 0; i + 1 < text.size(); ++i)
+        if (text[i] == '&' && text[++i] != '&')
+            return text[i].toLower();
+    return {};
+}
+
+void add_mnemonics(const std::vector<QLabel*>& labels, const std::vector<QCheckBox*>& boxes,
+                   QSet<QChar> taken) {
+    const auto note = [&](const auto* widget) {
+        if (const QChar letter = mnemonic_of(widget->text()); !letter.isNull())
+            taken.insert(letter);
+    };
+    std::ranges::for_each(labels, note);
+    std::ranges::for_each(boxes, note);
     const auto mark = [&](auto* widget) {
         if (!widget->text().contains('&'))
             widget->setText(with_mnemonic(widget->text(), taken));

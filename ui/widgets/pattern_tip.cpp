@@ -4,9 +4,6 @@
 #include "host/shared/text.h"
 
 #include <QEvent>
-#include <QPushButton>
-
-#include <algorithm>
 
 namespace quorvex {
 
@@ -15,20 +12,6 @@ namespace {
 /// Long enough for a burst of keys to be one change.
 constexpr int pause_ms = 80;
 constexpr std::size_t shown_characters = 200;
-
-/// How wide a tip may be that leaves the buttons just below the box free.
-int free_width(const QWidget& box) {
-    const QRect place = box.geometry();
-    int right = place.right();
-    for (const QPushButton* button : box.window()->findChildren<QPushButton*>()) {
-        const QRect other = button->geometry();
-        const bool is_near =
-            other.top() > place.bottom() && other.top() < place.bottom() + 2 * place.height();
-        if (is_near && other.left() > place.center().x())
-            right = std::min(right, other.left() - place.height() / 4);
-    }
-    return right - place.left();
-}
 
 } // namespace
 
@@ -57,7 +40,7 @@ void PatternTip::refresh() {
 
 void PatternTip::step_back() {
     soon_.stop();
-    balloon_.hide();
+    balloon_.take_away();
 }
 
 bool PatternTip::eventFilter(QObject*, QEvent* event) {
@@ -79,10 +62,10 @@ void PatternTip::update() {
         if (result.state == PatternResult::State::result)
             text = "First track: " + (text.empty() ? "(empty)" : text);
         text = first_line(limit_text(text, shown_characters));
-        balloon_.show_at(*box, QString::fromStdString(text), free_width(*box));
+        balloon_.show_at(*box, QString::fromStdString(text));
         return;
     }
-    balloon_.hide();
+    balloon_.take_away();
 }
 
 } // namespace quorvex

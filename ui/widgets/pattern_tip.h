@@ -1,4 +1,4 @@
-// PatternTip: while a box with a pattern has the focus, a tip below it says what the pattern gives, or where
+// PatternTip: while a box with a pattern has the focus, a tip near it says what the pattern gives, or where
 // it does not compile.
 //
 //     PatternTip tip(window, [&](const QWidget&, PatternTrial& trial) { return trial(texts(), sample); });

@@ -153,7 +153,7 @@ void ScriptCommands::clear() {
 
 void ScriptCommands::export_to_file() {
     const QPointer<QWidget> guard(&window_);
-    const std::optional<std::string> path = uGetOpenFileName(window_, FileDialog::save);
+    const std::optional<std::string> path = uGetOpenFileName(window_, FileDialog::save, "Export script");
     if (!path || !guard)
         return;
     try {
@@ -174,7 +174,8 @@ void ScriptCommands::append_from_file() {
 
 void ScriptCommands::load_from_file(Add add) {
     const QPointer<QWidget> guard(&window_);
-    const std::optional<std::string> path = uGetOpenFileName(window_, FileDialog::open);
+    const char* title = add == Add::instead ? "Import script" : "Append script";
+    const std::optional<std::string> path = uGetOpenFileName(window_, FileDialog::open, title);
     if (path && guard)
         load_file(*path, add);
 }

@@ -39,6 +39,8 @@ public:
 
 protected:
     void changeEvent(QEvent* event) override;
+    /// Of the owner.
+    bool eventFilter(QObject* owner, QEvent* event) override;
 
 private:
     void fill(const SettingControl& bound);
@@ -96,6 +98,8 @@ SettingsWindow::SettingsWindow(const SettingsRequest& request, QWidget* parent, 
     }
     // As if the person had come there by Tab: a text is selected, ready to be typed over.
     controls_.get(request.dialog.controls.front().id).setFocus(Qt::TabFocusReason);
+    if (parent)
+        parent->window()->installEventFilter(this);
     connect(&controls_.get<QPushButton>(ok_id), &QPushButton::clicked, this, [this] { accept(); });
     connect(&controls_.get<QPushButton>(cancel_id), &QPushButton::clicked, this, [this] { reject(); });
 }
@@ -104,6 +108,17 @@ SettingsWindow::~SettingsWindow() {
     hide(); // while there is still somebody to hear of the focus that the controls lose
     services_.leave();
     tip_.close();
+}
+
+/// An owner that waits for this window can do nothing with the keyboard: a click into it leads here.
+bool SettingsWindow::eventFilter(QObject* owner, QEvent* event) {
+    if (event->type() == QEvent::WindowActivate && owner == parentWidget()->window() && isVisible()
+        && !parentWidget()->isEnabled())
+        QTimer::singleShot(0, this, [this] {
+            raise();
+            activateWindow();
+        });
+    return QDialog::eventFilter(owner, event);
 }
 
 void SettingsWindow::fill(const SettingControl& bound) {

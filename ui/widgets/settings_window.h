@@ -6,6 +6,7 @@
 // OK checks the input in the declared order; the first text that is rejected is told at its control, which
 // gets the focus, and nothing is stored. Otherwise the settings are stored, `done` hears 1, and the window
 // goes. Cancel, Escape and the close box: `done` hears 0. A window that goes with its owner reports nothing.
+// While its owner is disabled, whoever turns to that is led to this window.
 //
 // Main thread.
 #pragma once

@@ -121,6 +121,7 @@ void MainWindow::make_status_bar() {
     progress_text_ = new QLabel(this);
     progress_bar_ = new QProgressBar(this);
     progress_bar_->setObjectName(QStringLiteral("progress"));
+    progress_bar_->setAccessibleName(QStringLiteral("Progress of reading"));
     progress_bar_->setTextVisible(false);
     progress_bar_->setFixedWidth(fontMetrics().averageCharWidth() * 24);
     progress_bar_->setMaximumHeight(fontMetrics().height());

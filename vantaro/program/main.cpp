@@ -9,6 +9,7 @@
 #include "vantaro/common/own_program.h"
 #include "vantaro/desktop/desktop.h"
 #include "vantaro/locations/location_text.h"
+#include "vantaro/program/toolkit_options.h"
 #include "vantaro/terminal/standard_output.h"
 #include "vantaro/terminal/update_lines.h"
 
@@ -161,7 +162,7 @@ struct ForWindow {
 };
 
 /// In the terminal.
-int run_in_terminal(int& argc, char** argv, const CommandLine& line, ForWindow& for_window) {
+int run_in_terminal(int& argc, char** argv, const CommandLine& line, bool can_show, ForWindow& for_window) {
     QCoreApplication qt(argc, argv);
     TerminalHost program(line.setup, line.yes);
     Host& host = program.host();
@@ -178,7 +179,7 @@ int run_in_terminal(int& argc, char** argv, const CommandLine& line, ForWindow& 
         const Distributed distributed = distribute(host, program.message(), line.arguments);
         status = distributed.status;
         if (!distributed.has_taken_any && !host.interrupt().is_aborting()) {
-            for_window = {has_display() && name_any_files(line.arguments), host.reported()};
+            for_window = {can_show && name_any_files(line.arguments), host.reported()};
             if (!for_window.is_wanted)
                 status = say_nothing_to_do(program.terminal());
         }
@@ -188,9 +189,9 @@ int run_in_terminal(int& argc, char** argv, const CommandLine& line, ForWindow& 
     return host.interrupt().is_aborting() ? exit_status::interrupted : status;
 }
 
-int run_with_window(int& argc, char** argv, const CommandLine& line) {
-    if (has_display())
-        return run_desktop(argc, argv, line.setup, line.arguments);
+int run_with_window(ToolkitOptions& toolkit, const CommandLine& line) {
+    if (has_display() || toolkit.names_display())
+        return run_desktop(toolkit.count(), toolkit.arguments(), line.setup, line.arguments);
     Terminal().line("vantaro: There is no display to open a window on.");
     return exit_status::not_begun;
 }
@@ -225,8 +226,9 @@ int run(int argc, char** argv) {
     options.add_flag("--yes", line.yes, "Answer every question with yes");
     add_arguments(options, "ARGUMENT", line.arguments, "Commands and files");
     options.set_version_flag("--version", std::string("Vantaro ") + host_version);
+    ToolkitOptions toolkit(argc, argv, options);
     try {
-        parse_arguments(options, argc, argv);
+        parse_arguments(options, toolkit.rest_count(), toolkit.rest());
     } catch (const CLI::ParseError& error) {
         return say_why_not_parsed(options, error);
     }
@@ -234,10 +236,11 @@ int run(int argc, char** argv) {
     // Qt takes arguments of its own out of the list.
     const std::vector<char*> all_arguments(argv, argv + argc);
     const bool names_nothing = line.arguments.empty() && !line.list && line.menu_command.empty();
-    if (line.window || (names_nothing && has_display()))
-        return run_with_window(argc, argv, line);
+    const bool can_show = has_display() || toolkit.names_display();
+    if (line.window || (names_nothing && can_show))
+        return run_with_window(toolkit, line);
     ForWindow for_window;
-    const int status = run_in_terminal(argc, argv, line, for_window);
+    const int status = run_in_terminal(argc, argv, line, can_show, for_window);
     if (for_window.is_wanted)
         start_over_with_window(all_arguments, for_window.reported);
     return status;

@@ -111,6 +111,7 @@ public:
 
     QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&, const QModelIndex&) const override {
         auto* editor = new QLineEdit(parent);
+        editor->setAccessibleName(shown_text(line(index).name()));
         editor->setFrame(false);
         editor->setAutoFillBackground(true);
         return editor;
@@ -174,11 +175,13 @@ AdvancedPage::AdvancedPage(const std::vector<Ref<AdvancedPreference>>& services,
     : QWidget(parent), tree_(new PreferenceTree(this)) {
     auto* search = new QLineEdit(this);
     search->setPlaceholderText("Search");
+    search->setAccessibleName("Search");
     search->setClearButtonEnabled(true);
     connect(search, &QLineEdit::textChanged, this, [this](const QString& text) { filter(text); });
 
     setTabOrder(search, tree_);
 
+    tree_->setAccessibleName("Settings");
     tree_->setColumnCount(2);
     tree_->setHeaderLabels({"Setting", "Value"});
     tree_->setUniformRowHeights(true);

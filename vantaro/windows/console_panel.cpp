@@ -30,6 +30,7 @@ constexpr int collecting_time = 40;
 class Panel final : public QPlainTextEdit {
 public:
     explicit Panel(QWidget* parent) : QPlainTextEdit(parent) {
+        setAccessibleName("Console");
         setReadOnly(true);
         setUndoRedoEnabled(false);
         setFrameShape(QFrame::NoFrame);

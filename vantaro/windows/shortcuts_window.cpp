@@ -70,9 +70,11 @@ ShortcutsWindow::ShortcutsWindow(const ShortcutTable& table, const std::vector<M
     setWindowTitle("Keyboard Shortcuts");
 
     search_->setPlaceholderText("Search commands and keys");
+    search_->setAccessibleName(search_->placeholderText());
     search_->setClearButtonEnabled(true);
     connect(search_, &QLineEdit::textChanged, this, [this](const QString& text) { filter(text); });
 
+    list_->setAccessibleName("Commands");
     list_->setColumnCount(2);
     list_->setHeaderLabels({"Command", "Keys"});
     list_->setRootIsDecorated(false);

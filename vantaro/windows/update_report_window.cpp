@@ -61,6 +61,7 @@ void copy_all(const QString& summary, const std::vector<FailedFile>& files) {
 
 QTreeView* make_list(FailedFiles& files, QWidget* window) {
     auto* list = new QTreeView(window);
+    list->setAccessibleName("Files that failed");
     list->setModel(&files);
     list->setRootIsDecorated(false);
     list->setUniformRowHeights(true); // only the rows in sight are measured

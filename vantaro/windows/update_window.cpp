@@ -118,6 +118,7 @@ UpdateWindow::UpdateWindow(std::shared_ptr<Progress> progress, QWidget* parent, 
     // The name is cut to the width that there is, and does not ask for more.
     file_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     bar_->setTextVisible(false);
+    bar_->setAccessibleName("Progress");
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
     cancel_ = buttons->button(QDialogButtonBox::Cancel);
     connect(cancel_, &QPushButton::clicked, this, [this] { cancel(); });

@@ -36,6 +36,7 @@ std::optional<QStyle::StandardPixmap> picture_of(std::uint32_t icon) {
 class MessageText final : public QPlainTextEdit {
 public:
     MessageText(const QString& text, QWidget* parent) : QPlainTextEdit(text, parent) {
+        setAccessibleName("Message");
         setReadOnly(true);
         setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
         setFrameShape(QFrame::NoFrame);

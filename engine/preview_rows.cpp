@@ -1,6 +1,7 @@
 #include "engine/preview_rows.h"
 
 #include "engine/change_text.h"
+#include "host/access.h"
 #include "host/shared/text.h"
 
 #include <algorithm>
@@ -31,14 +32,24 @@ std::string PreviewRows::name(std::size_t row) {
     return first_line(title_.format_held("%title%", *tracks()[row], &filter));
 }
 
-std::string PreviewRows::output(const Script& script, std::size_t row, const Action* skipped) {
+Preview PreviewRows::preview(const Script& script, std::size_t row, const Action* skipped) {
     if (row >= tracks().size())
-        return no_cell;
+        return {Effect::failure, no_cell};
     try {
         const Tags change = tags(script, row, skipped);
-        return first_line(describe_changes(change.before, change.after));
+        const std::string text = describe_changes(change.before, change.after);
+        return {text == no_changes ? Effect::none : Effect::change, first_line(text)};
     } catch (const std::exception& failure) {
-        return first_line(std::string("Erorr: ") + failure.what());
+        return {Effect::failure, first_line(std::string("Erorr: ") + failure.what())};
+    }
+}
+
+Effect PreviewRows::effect(const Script& script, std::size_t row, const Action* skipped) {
+    try {
+        const Tags change = tags(script, row, skipped);
+        return changed_fields(change.before, change.after).empty() ? Effect::none : Effect::change;
+    } catch (const std::exception&) {
+        return Effect::failure;
     }
 }
 
@@ -52,6 +63,7 @@ PreviewRows::Tags PreviewRows::tags(const Script& script, std::size_t row, const
             result.before = TrackInfoRecord(Ref<TrackInfoHolder>::adopt(held)->info());
     }
     result.after = result.before;
+    const ConsoleSilence silence;
     dry_run_.edit(script, row, result.after, skipped);
     return result;
 }

@@ -1,6 +1,7 @@
 #include "engine/preview_rows.h"
 
 #include "engine/change_text.h"
+#include "host/access.h"
 #include "host/shared/text.h"
 
 #include <algorithm>
@@ -31,14 +32,24 @@ std::string PreviewRows::name(std::size_t row) {
     return first_line(title_.format_held("%title%", *tracks()[row], &filter));
 }
 
-std::string PreviewRows::output(const Script& script, std::size_t row, const Action* skipped) {
+Preview PreviewRows::preview(const Script& script, std::size_t row, const Action* skipped) {
     if (row >= tracks().size())
-        return no_cell;
+        return {Effect::failure, no_cell};
     try {
         const Tags change = tags(script, row, skipped);
-        return preview_text(change.before, change.after);
+        const std::string text = preview_text(change.before, change.after);
+        return {text == no_changes ? Effect::none : Effect::change, text};
     } catch (const std::exception& failure) {
-        return preview_text(failure);
+        return {Effect::failure, preview_text(failure)};
+    }
+}
+
+Effect PreviewRows::effect(const Script& script, std::size_t row, const Action* skipped) {
+    try {
+        const Tags change = tags(script, row, skipped);
+        return changed_fields(change.before, change.after).empty() ? Effect::none : Effect::change;
+    } catch (const std::exception&) {
+        return Effect::failure;
     }
 }
 
@@ -51,6 +62,7 @@ PreviewRows::Tags PreviewRows::tags(const Script& script, std::size_t row, const
         if (tracks()[row]->get_info(held))
             result.before = TrackInfoRecord(Ref<TrackInfoHolder>::adopt(held)->info());
     }
+    const ConsoleSilence silence;
     result.after = dry_run_.outcome(script, row, result.before, skipped);
     return result;
 }

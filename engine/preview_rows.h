@@ -1,9 +1,10 @@
 // PreviewRows: what the editor shows of each track: its name, and what the script would change in its tags.
 //
 //     PreviewRows rows(tracks);
-//     std::string text = rows.output(script, row);        // ARTIST = "a"; COMMENT removed
+//     std::string text = rows.preview(script, row).text;        // ARTIST = "a"; COMMENT removed
 //
-// Computed whenever it is asked for. Main thread.
+// Computed whenever it is asked for. What actions print on the console meanwhile is dropped: nothing has been
+// done yet. Main thread.
 #pragma once
 
 #include "engine/dry_run.h"
@@ -16,6 +17,15 @@ namespace quorvex {
 
 /// What stands in place of a cell that does not exist.
 inline constexpr const char* no_cell = "<ERROR>";
+
+/// What a script would do to a track.
+enum class Effect : unsigned char { none, change, failure };
+
+struct Preview {
+    Effect effect = Effect::none;
+    /// One line: what would change, or why it fails.
+    std::string text;
+};
 
 class PreviewRows {
 public:
@@ -32,9 +42,10 @@ public:
 
     /// The track's title, on one line.
     std::string name(std::size_t row);
-    /// What the script would change, on one line; a failure is told in its place. An action that is `skipped`
-    /// (or nullptr) is passed over.
-    std::string output(const Script& script, std::size_t row, const Action* skipped = nullptr);
+    /// What the script would do. An action that is `skipped` (or nullptr) is passed over.
+    Preview preview(const Script& script, std::size_t row, const Action* skipped = nullptr);
+    /// The same without the text. Requires: row < tracks().size().
+    Effect effect(const Script& script, std::size_t row, const Action* skipped = nullptr);
 
     struct Tags {
         vantaro::TrackInfoRecord before;

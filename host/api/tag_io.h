@@ -55,6 +55,20 @@ protected:
     ~HostTagIO() = default;
 };
 
+/// The notify of an update whose caller tells people what has become of it.
+class UpdateNotify : public CompletionNotify {
+public:
+    using Inherits = CompletionNotify;
+    static constexpr Guid class_guid = guid("{8476B102-BF1C-43D6-8F80-BDD4E2E28CCD}");
+
+    /// Called once before the call of notify(), by hosts that have something to say: one or a few sentences
+    /// in one line, UTF-8, borrowed for the call.
+    virtual void summarise(const char* text) = 0;
+
+protected:
+    ~UpdateNotify() = default;
+};
+
 /// What a finished update reports to its CompletionNotify.
 namespace update_result {
 inline constexpr std::uint32_t completed = 0;
@@ -71,8 +85,9 @@ public:
     /// Starts reading the tracks' tags, calling the filter, and writing the tags that came out different.
     /// Returns at once; the host holds references to the tracks, the filter and the notify meanwhile, shows
     /// progress, names the files that failed, and calls the notify (which may be nullptr) with an
-    /// update_result at the end. `parent` owns the host's progress window. `flags`: option bits of the
-    /// caller; bit 3 (value 8) marks an update that its caller watches by the notify.
+    /// update_result at the end; one that is an UpdateNotify may be told more. `parent` owns the host's
+    /// progress window. `flags`: option bits of the caller; bit 3 (value 8) marks an update that its caller
+    /// watches by the notify.
     virtual void update_async(TrackHandle* const* tracks, std::size_t count, TrackFilter* filter,
                               WindowHandle parent, std::uint32_t flags, CompletionNotify* notify) = 0;
 

@@ -102,22 +102,22 @@ TEST_F(Preview, NamesAreOneCleanLine) {
     EXPECT_EQ(rows.name(0), "a_b__c\xC3\xA9");
     EXPECT_EQ(rows.name(1), "b");
     EXPECT_EQ(rows.name(2), "<ERROR>");
-    EXPECT_EQ(rows.output({}, 1), "No changes");
-    EXPECT_EQ(rows.output({}, 2), "<ERROR>");
+    EXPECT_EQ(rows.preview({}, 1).text, "No changes");
+    EXPECT_EQ(rows.preview({}, 2).text, "<ERROR>");
 }
 
 TEST_F(Preview, FailuresAreToldInTheirRow) {
     PreviewRows rows(tag_io_.tracks("a b"));
     const Script script{make_service<test::FakeAction>(test::kind(1), "x"),
                         make_service<test::FakeAction>(test::kind(2), "fail")};
-    EXPECT_EQ(rows.output(script, 1), "Erorr: no such luck");
-    EXPECT_EQ(rows.output(script, 1, script[1].get()), "LOG = \"x 1/2\"");
+    EXPECT_EQ(rows.preview(script, 1).text, "Erorr: no such luck");
+    EXPECT_EQ(rows.preview(script, 1, script[1].get()).text, "LOG = \"x 1/2\"");
     const auto read = std::make_shared<ReadTags>();
     read->info = test::tags("LOG=[old]");
     rows.hold(1, read);
-    EXPECT_EQ(rows.output(script, 1, script[1].get()), "LOG = \"old\"; \"x 1/2\"");
+    EXPECT_EQ(rows.preview(script, 1, script[1].get()).text, "LOG = \"old\"; \"x 1/2\"");
     rows.forget_read();
-    EXPECT_EQ(rows.output(script, 1, script[1].get()), "LOG = \"x 1/2\"");
+    EXPECT_EQ(rows.preview(script, 1, script[1].get()).text, "LOG = \"x 1/2\"");
 }
 
 TEST_F(Preview, ReadsWhatTheHostDoesNotHold) {

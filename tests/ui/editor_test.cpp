@@ -11,6 +11,8 @@
 #include <QMimeData>
 #include <QToolTip>
 
+#include <algorithm>
+
 namespace quorvex {
 namespace {
 
@@ -211,7 +213,7 @@ TEST_F(EditorTest, ShowsEachTrackBeforeAndAfter) {
     EXPECT_EQ(tip.find("ARTIST"), std::string::npos);
     EXPECT_EQ(model->index(1, 1).data(Qt::ToolTipRole), "No changes");
     QTest::qWait(250);
-    EXPECT_EQ(editor.control<QLabel>(change_count).text(), "1 of 2 change");
+    EXPECT_EQ(editor.control<QLabel>(change_count).text(), "1 of 2 changes");
     EXPECT_EQ(model->headerData(0, Qt::Horizontal), "Name");
     EXPECT_EQ(model->headerData(1, Qt::Horizontal), "Output preview");
 }
@@ -244,6 +246,19 @@ TEST_F(EditorTest, SeveralStandBesideEachOther) {
     run_deleted();
     owner_->move(owner_->pos() + QPoint(20, 10));
     EXPECT_EQ(open_editor("a").window().geometry(), place.translated(20, 10));
+}
+
+TEST_F(EditorTest, SeveralStandBesideEachOtherOverAWindowThatFillsTheScreen) {
+    owner_->showFullScreen(); // without a frame, which the others have
+    QCoreApplication::processEvents();
+    std::vector<QPoint> corners;
+    for (int i = 0; i < 12; ++i) {
+        const Editor editor = open_editor("a");
+        QCoreApplication::processEvents();
+        EXPECT_TRUE(owner_->screen()->availableGeometry().contains(editor.window().frameGeometry())) << i;
+        corners.push_back(editor.window().pos());
+        EXPECT_EQ(std::ranges::count(corners, corners.back()), 1) << i;
+    }
 }
 
 TEST_F(EditorTest, KeepsToTheScreen) {

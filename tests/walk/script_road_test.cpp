@@ -4,6 +4,9 @@
 
 #include <gmock/gmock.h>
 
+#include <QLabel>
+#include <QStatusBar>
+
 namespace vantaro::test {
 namespace {
 
@@ -96,6 +99,8 @@ TEST_F(ScriptRoad, OfEveryKindAddedRunAndTakenBack) {
     run(editor);
     EXPECT_TRUE(editor.window().isEnabled());
     EXPECT_EQ(editor.focused(), action_list);
+    EXPECT_THAT(editor.control<QLabel>(change_count).text().toStdString(), StartsWith("10 files changed"));
+    EXPECT_EQ(window().statusBar()->currentMessage(), "10 files changed. Ctrl+Z takes it back.");
     EXPECT_EQ(editor.text(script_name), "");
     EXPECT_EQ(editor.name_list(), "[last used]|");
     std::string of_all;

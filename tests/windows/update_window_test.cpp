@@ -116,6 +116,35 @@ TEST_F(UpdateWindow, CancelEndsTheUpdate) {
     EXPECT_EQ(reports().size(), 0);
 }
 
+TEST_F(UpdateWindow, TakesTheKeyboardFromAWindowThatWaitsForIt) {
+    add("a.flac", true);
+    std::latch go(1);
+    filter->go = &go;
+    parent->show();
+    parent->setEnabled(false);
+    parent->activateWindow();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return parent->isActiveWindow(); }));
+    start();
+    ASSERT_TRUE(QTest::qWaitFor([] { return find_window("Updating") != nullptr; }));
+    QWidget& window = *find_window("Updating");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window.isActiveWindow(); }));
+    QTest::keyClick(&window, Qt::Key_Escape);
+    EXPECT_TRUE(says(window, "finishing the files that were begun"));
+    go.count_down();
+    wait_for_end();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return parent->isActiveWindow(); }));
+
+    // Beside one that goes on working it stays in the background.
+    std::latch go_again(1);
+    filter->go = &go_again;
+    parent->setEnabled(true);
+    start();
+    ASSERT_TRUE(QTest::qWaitFor([] { return find_window("Updating") != nullptr; }));
+    EXPECT_TRUE(find_window("Updating")->testAttribute(Qt::WA_ShowWithoutActivating));
+    go_again.count_down();
+    wait_for_end();
+}
+
 TEST_F(UpdateWindow, ListsWhatFailed) {
     add("good.flac", true);
     add("a\nb.flac", false);

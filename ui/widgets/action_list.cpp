@@ -1,6 +1,7 @@
 #include "ui/widgets/action_list.h"
 
 #include "host/api/text_sink.h"
+#include "ui/widgets/tool_tip.h"
 
 #include <algorithm>
 #include <iterator>
@@ -78,7 +79,7 @@ void ActionList::refresh(std::size_t row) {
 void ActionList::set_text(std::size_t row, const std::string& text) {
     QListWidgetItem* item = list_.item(static_cast<int>(row));
     item->setText(QString::fromStdString(text));
-    item->setToolTip(item->text());
+    item->setToolTip(plain_tool_tip(item->text()));
 }
 
 /// `destination` is the row, before the move, in front of which the moved ones now stand.

@@ -2,34 +2,31 @@
 
 #include "component/configuration.h"
 #include "engine/run.h"
-#include "host/access.h"
 #include "host/api/exceptions.h"
-#include "host/api/tag_io.h"
 #include "host/exception_filter.h"
 #include "host/shared/failure.h"
 #include "ui/editor_template.h"
+#include "ui/widgets/action_commands.h"
 #include "ui/widgets/add_menu.h"
 #include "ui/widgets/anchor_resizer.h"
-#include "ui/widgets/change_counter.h"
+#include "ui/widgets/dialog_controls.h"
 #include "ui/widgets/dialog_services.h"
+#include "ui/widgets/editor_preview.h"
 #include "ui/widgets/help.h"
 #include "ui/widgets/pattern_tip.h"
 #include "ui/widgets/placement.h"
-#include "ui/widgets/preview_list.h"
 #include "ui/widgets/script_commands.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QDialog>
-#include <QLabel>
 #include <QMimeData>
 #include <QPushButton>
 #include <QShortcut>
 #include <QTableView>
 #include <QTimer>
 
-#include <algorithm>
 #include <cerrno>
 
 namespace quorvex {
@@ -46,7 +43,7 @@ ConfigInt32& close_when_done() {
     return static_cast<ConfigInt32&>(configuration_variable(setting::close_when_done));
 }
 
-class EditorWindow final : public QDialog, public PatternSampleSource, private TagChangeListener {
+class EditorWindow final : public QDialog, public PatternSampleSource {
 public:
     EditorWindow(const TrackList& tracks, QWidget* owner);
     ~EditorWindow() override;
@@ -59,117 +56,76 @@ protected:
     /// Escape.
     void reject() override { close(); }
     void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
 private:
-    struct Edit {
-        Ref<Action> action;
-        bool is_new;
-    };
-
     template <class Widget>
     Widget& get(std::uint16_t id) {
         return controls_.get<Widget>(id);
     }
-    void set_up_lists();
     void set_up_commands();
     void on_click(std::uint16_t button, void (EditorWindow::*command)());
     template <class Object>
     void on_click(std::uint16_t button, Object& object, void (Object::*command)());
 
-    void add(ActionType& type, const std::string& name);
-    void edit_selected();
-    void edit(std::size_t row, bool is_new);
-    void end_edit(std::uint32_t code);
-    void remove_selected();
-    void move_up();
-    void move_down();
     void run();
     void end_run(std::uint32_t code);
     void open_help();
     void store_close_when_done();
 
-    void script_changed();
-    void show_count(const ChangeCounter& counter);
-    void tags_changed(TrackHandle* const* tracks, std::size_t count) override;
     PreviewedScript previewed() const;
 
     DialogServices services_;
     DialogControls controls_{editor_template, *this};
     AnchorResizer resizer_{*this, controls_, *editor_template.resizing};
     ValidationTip tip_{*this};
-    PreviewRows rows_;
-    PreviewModel preview_;
-    ChangeCounter counter_;
-    PreviewReader reader_;
-    ActionList actions_;
+    ActionList actions_{get<QListWidget>(editor_control::action_list), [this] { preview_.script_changed(); }};
     RevocableNotify refresh_notify_;
-    RevocableNotify edit_notify_;
     RevocableNotify run_notify_;
-    ScriptCommands scripts_;
-    std::optional<Edit> edit_;
+    ActionCommands action_commands_{*this, actions_, refresh_notify_, [this] { preview_.script_changed(); }};
+    ScriptCommands scripts_{*this, actions_, get<DropDownBox>(editor_control::script_name), tip_,
+                            refresh_notify_};
+    EditorPreview preview_;
     QPointer<QWidget> focus_before_run_;
-    AddMenu add_menu_{get<QPushButton>(editor_control::add),
-                      [this](ActionType& type, const std::string& name) { add(type, name); }};
+    AddMenu add_menu_{
+        get<QPushButton>(editor_control::add),
+        [this](ActionType& type, const std::string& name) { action_commands_.add(type, name); }};
     PatternSample sample_;
-    Ref<HostTagIO> tag_io_;
-    bool is_started_ = false;
 };
 
 EditorWindow::EditorWindow(const TrackList& tracks, QWidget* owner)
-    : QDialog(owner, window_flags), rows_(tracks), preview_(rows_, [this] { return previewed(); }),
-      counter_(
-          rows_, [this] { return previewed(); },
-          [this](const ChangeCounter& counter) { show_count(counter); }),
-      reader_([this](std::size_t row, std::shared_ptr<const ReadTags> read) {
-          rows_.hold(row, std::move(read));
-          preview_.redraw(row);
-          counter_.restart();
-      }),
-      actions_(controls_.get<QListWidget>(editor_control::action_list), [this] { script_changed(); }),
-      scripts_(*this, actions_, controls_.get<DropDownBox>(editor_control::script_name), tip_,
-               refresh_notify_),
-      tag_io_(only_service<HostTagIO>()) {
-    tag_io_->add_change_listener(this);
+    : QDialog(owner, window_flags),
+      preview_(tracks, get<QTableView>(editor_control::track_list), get<QLabel>(editor_control::change_count),
+               [this] { return previewed(); }) {
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle(QString::fromUtf8(editor_template.title));
     setAcceptDrops(true);
-    refresh_notify_.renew([this](std::uint32_t) { script_changed(); });
+    refresh_notify_.renew([this](std::uint32_t) { preview_.output_changed(); });
     controls_.place();
     resizer_.record();
     restore_placement(*this, owner);
     services_.enter(*this);
-    set_up_lists();
+    set_spoken_name(get<DropDownBox>(editor_control::script_name), "Script name");
     set_up_commands();
     scripts_.open();
     get<QCheckBox>(editor_control::close_when_done).setChecked(close_when_done().get().front() != 0);
 }
 
 EditorWindow::~EditorWindow() {
-    is_started_ = false;
+    preview_.stop();
     hide(); // while there is still somebody to hear of the focus that the controls lose
     services_.leave();
     save_placement(*this, parentWidget());
-    reader_.cancel();
-    counter_.stop();
     tip_.close();
-    tag_io_->remove_change_listener(this);
-    get<QTableView>(editor_control::track_list).setModel(nullptr);
-}
-
-void EditorWindow::set_up_lists() {
-    set_up_preview_list(get<QTableView>(editor_control::track_list), preview_);
-    set_spoken_name(get<DropDownBox>(editor_control::script_name), "Script name");
 }
 
 void EditorWindow::start() {
+    // On no button: the first Enter is no command of theirs.
+    actions_.list().setFocus();
     show();
-    fit_names(get<QTableView>(editor_control::track_list));
-    get<QPushButton>(editor_control::add).setFocus();
-    is_started_ = true;
-    counter_.restart();
-    reader_.start(rows_.shared_tracks());
+    preview_.start();
 }
 
 void EditorWindow::on_click(std::uint16_t button, void (EditorWindow::*command)()) {
@@ -178,18 +134,15 @@ void EditorWindow::on_click(std::uint16_t button, void (EditorWindow::*command)(
 
 template <class Object>
 void EditorWindow::on_click(std::uint16_t id, Object& object, void (Object::*command)()) {
-    auto& button = get<QAbstractButton>(id);
-    if (auto* push = dynamic_cast<QPushButton*>(&button))
-        push->setAutoDefault(false); // Enter runs the script, wherever the focus is
-    connect(&button, &QAbstractButton::clicked, this,
+    connect(&get<QAbstractButton>(id), &QAbstractButton::clicked, this,
             [&object, command] { guarded([&] { (object.*command)(); }); });
 }
 
 void EditorWindow::set_up_commands() {
-    on_click(editor_control::remove, &EditorWindow::remove_selected);
+    on_click(editor_control::remove, action_commands_, &ActionCommands::remove_selected);
     on_click(editor_control::clear, scripts_, &ScriptCommands::clear);
-    on_click(editor_control::up, &EditorWindow::move_up);
-    on_click(editor_control::down, &EditorWindow::move_down);
+    on_click(editor_control::up, action_commands_, &ActionCommands::move_up);
+    on_click(editor_control::down, action_commands_, &ActionCommands::move_down);
     on_click(editor_control::save, scripts_, &ScriptCommands::save);
     on_click(editor_control::load, scripts_, &ScriptCommands::load);
     on_click(editor_control::append, scripts_, &ScriptCommands::append);
@@ -199,105 +152,47 @@ void EditorWindow::set_up_commands() {
     on_click(editor_control::append_file, scripts_, &ScriptCommands::append_from_file);
     on_click(editor_control::help, &EditorWindow::open_help);
     on_click(editor_control::close_when_done, &EditorWindow::store_close_when_done);
-    auto& run_button = get<QPushButton>(editor_control::run);
-    connect(&run_button, &QPushButton::clicked, this, [this] { run(); });
-    run_button.setDefault(true);
-    get<QPushButton>(editor_control::add).setAutoDefault(false);
-    auto& close_button = get<QPushButton>(editor_control::close);
-    close_button.setAutoDefault(false);
-    connect(&close_button, &QPushButton::clicked, this, [this] { close(); });
+    on_click(editor_control::run, &EditorWindow::run);
+    // Where the focus is on a button, Enter is that button; elsewhere it is this one.
+    get<QPushButton>(editor_control::run).setDefault(true);
+    connect(&get<QPushButton>(editor_control::close), &QPushButton::clicked, this, [this] { close(); });
 
     QListWidget& list = actions_.list();
-    connect(&list, &QListWidget::itemDoubleClicked, this, [this] { guarded([&] { edit_selected(); }); });
-    const auto on_key = [&](const QKeySequence& key, void (EditorWindow::*command)()) {
+    connect(&list, &QListWidget::itemDoubleClicked, this,
+            [this] { guarded([&] { action_commands_.edit_selected(); }); });
+    const auto on_key = [&](const QKeySequence& key, void (ActionCommands::*command)()) {
         auto* shortcut = new QShortcut(key, &list);
         shortcut->setContext(Qt::WidgetShortcut);
         connect(shortcut, &QShortcut::activated, this,
-                [this, command] { guarded([&] { (this->*command)(); }); });
+                [this, command] { guarded([&] { (action_commands_.*command)(); }); });
     };
-    on_key(Qt::Key_F2, &EditorWindow::edit_selected);
-    on_key(Qt::Key_Delete, &EditorWindow::remove_selected);
-    on_key(Qt::ALT | Qt::Key_Up, &EditorWindow::move_up);
-    on_key(Qt::ALT | Qt::Key_Down, &EditorWindow::move_down);
-}
-
-void EditorWindow::add(ActionType& type, const std::string& name) {
-    const auto action = Ref<Action>::adopt(type.create(refresh_notify_.get()));
-    actions_.append(action, action->has_settings() ? name : description_of(*action));
-    edit(actions_.script().size() - 1, true);
-}
-
-void EditorWindow::edit_selected() {
-    if (const auto row = actions_.selected())
-        edit(*row, false);
-}
-
-void EditorWindow::edit(std::size_t row, bool is_new) {
-    const Script& script = actions_.script();
-    if (edit_ || row >= script.size() || !script[row]->has_settings())
-        return;
-    const Ref<Action> action = script[row];
-    edit_ = Edit{action, is_new};
-    setEnabled(false);
-    edit_notify_.renew([this](std::uint32_t code) { end_edit(code); });
-    script_changed(); // a new action takes no part yet
-    try {
-        action->create_settings_dialog(static_cast<QWidget*>(this), edit_notify_.get());
-    } catch (...) {
-        end_edit(0);
-        throw;
-    }
-}
-
-void EditorWindow::end_edit(std::uint32_t code) {
-    const std::optional<Edit> ended = std::exchange(edit_, std::nullopt);
-    if (!ended)
-        return;
-    setEnabled(true);
-    const Script& script = actions_.script();
-    const auto found = std::ranges::find(script, ended->action);
-    if (found == script.end())
-        return;
-    const auto row = static_cast<std::size_t>(found - script.begin());
-    if (code == 1)
-        actions_.refresh(row);
-    else if (ended->is_new)
-        actions_.remove(row);
-    actions_.list().setFocus();
-}
-
-void EditorWindow::remove_selected() {
-    if (const auto row = actions_.selected())
-        actions_.remove(*row);
-}
-
-void EditorWindow::move_up() {
-    if (const auto row = actions_.selected(); row && *row > 0)
-        actions_.move_up(*row);
-}
-
-void EditorWindow::move_down() {
-    if (const auto row = actions_.selected(); row && *row + 1 < actions_.script().size())
-        actions_.move_down(*row);
+    on_key(Qt::Key_F2, &ActionCommands::edit_selected);
+    on_key(Qt::Key_Delete, &ActionCommands::remove_selected);
+    on_key(Qt::ALT | Qt::Key_Up, &ActionCommands::move_up);
+    on_key(Qt::ALT | Qt::Key_Down, &ActionCommands::move_down);
+    connect(new QShortcut(Qt::Key_F3, this), &QShortcut::activated, this,
+            [this] { guarded([&] { preview_.go_to_next_change(); }); });
 }
 
 void EditorWindow::run() {
-    guarded([&] {
-        if (actions_.script().empty()) {
-            tip_.show("No actions to perform.", actions_.list());
-            return;
-        }
-        scripts_.store_last_used();
-        focus_before_run_ = focusWidget();
-        setEnabled(false);
-        run_notify_.renew([this](std::uint32_t code) { end_run(code); });
-        try {
-            run_script(actions_.script(), rows_.tracks(), static_cast<QWidget*>(this), run_notify_.get());
-        } catch (...) {
-            setEnabled(true);
-            throw;
-        }
-    });
+    if (actions_.script().empty()) {
+        tip_.show("No actions to perform.", actions_.list());
+        return;
+    }
+    scripts_.store_last_used();
+    focus_before_run_ = focusWidget();
+    setEnabled(false);
+    preview_.pause();
+    run_notify_.renew([this](std::uint32_t code) { end_run(code); },
+                      [this](const char* text) { preview_.show_outcome(QString::fromUtf8(text)); });
+    try {
+        run_script(actions_.script(), preview_.rows().tracks(), static_cast<QWidget*>(this),
+                   run_notify_.get());
+    } catch (...) {
+        setEnabled(true);
+        preview_.resume();
+        throw;
+    }
 }
 
 void EditorWindow::end_run(std::uint32_t code) {
@@ -306,8 +201,7 @@ void EditorWindow::end_run(std::uint32_t code) {
         focus_before_run_->setFocus();
     if (code == update_result::completed && get<QCheckBox>(editor_control::close_when_done).isChecked())
         QTimer::singleShot(0, this, [this] { close(); });
-    else
-        script_changed();
+    preview_.resume();
 }
 
 void EditorWindow::open_help() {
@@ -326,6 +220,21 @@ void EditorWindow::closeEvent(QCloseEvent* event) {
         event->ignore();
 }
 
+void EditorWindow::changeEvent(QEvent* event) {
+    QDialog::changeEvent(event);
+    if (event->type() != QEvent::ActivationChange || !isActiveWindow() || isEnabled())
+        return;
+    // The keyboard belongs to what the window waits for: a settings dialog, or a run's progress.
+    for (QDialog* dialog : findChildren<QDialog*>(Qt::FindDirectChildrenOnly))
+        if (dialog->isVisible())
+            QTimer::singleShot(0, dialog, [dialog] {
+                if (!dialog->isVisible())
+                    return;
+                dialog->raise();
+                dialog->activateWindow();
+            });
+}
+
 void EditorWindow::dragEnterEvent(QDragEnterEvent* event) {
     const QList<QUrl> urls = event->mimeData()->urls();
     if (urls.size() == 1 && urls.front().isLocalFile()
@@ -342,43 +251,7 @@ void EditorWindow::dropEvent(QDropEvent* event) {
 }
 
 PreviewedScript EditorWindow::previewed() const {
-    return {actions_.script(), edit_ && edit_->is_new ? edit_->action.get() : nullptr};
-}
-
-void EditorWindow::script_changed() {
-    if (!is_started_)
-        return;
-    preview_.redraw();
-    counter_.restart();
-}
-
-void EditorWindow::show_count(const ChangeCounter& counter) {
-    auto& label = get<QLabel>(editor_control::change_count);
-    const QString total = QLocale().toString(static_cast<qulonglong>(counter.total()));
-    const QString changed = QLocale().toString(static_cast<qulonglong>(counter.changed()));
-    const bool is_done = counter.counted() == counter.total();
-    const QString counts = QString("%1 of %2").arg(changed, total);
-    const QString still = is_done ? QString() : QString(u'…');
-    const QString text = counts + " change" + still;
-    label.setToolTip(text);
-    const bool fits = label.fontMetrics().horizontalAdvance(text) <= label.width();
-    label.setText(fits ? text : counts + still);
-}
-
-void EditorWindow::tags_changed(TrackHandle* const* tracks, std::size_t count) {
-    if (!is_started_)
-        return;
-    const bool concerns = std::ranges::any_of(rows_.tracks(), [&](const Ref<TrackHandle>& track) {
-        return std::binary_search(tracks, tracks + count, track.get(), std::less<>());
-    });
-    if (!concerns)
-        return;
-    guarded([&] {
-        rows_.forget_groups();
-        rows_.forget_read();
-        script_changed();
-        reader_.start(rows_.shared_tracks());
-    });
+    return {actions_.script(), action_commands_.added()};
 }
 
 const PatternSample* EditorWindow::pattern_sample(ServiceBase& action) {
@@ -388,8 +261,9 @@ const PatternSample* EditorWindow::pattern_sample(ServiceBase& action) {
             break;
         before.push_back(other);
     }
-    sample_ = {rows_.tracks().front(), rows_.tags(before, 0).after, 0,
-               static_cast<std::uint32_t>(rows_.tracks().size())};
+    PreviewRows& rows = preview_.rows();
+    sample_ = {rows.tracks().front(), rows.tags(before, 0).after, 0,
+               static_cast<std::uint32_t>(rows.tracks().size())};
     return &sample_;
 }
 

@@ -32,10 +32,38 @@ QPoint corner_of(const QWidget& owner) {
     return owner.isMinimized() ? owner.normalGeometry().topLeft() : owner.frameGeometry().topLeft();
 }
 
-bool covers_another(const QWidget& window, const QPoint& corner) {
+/// Where windows begin: with their frames, and, since a frame is not known before its window is shown,
+/// within.
+bool covers_another(const QWidget& window, const QRect& client, const QMargins& frame) {
     return std::ranges::any_of(QApplication::topLevelWidgets(), [&](const QWidget* other) {
-        return other != &window && other->isVisible() && other->frameGeometry().topLeft() == corner;
+        return other != &window && other->isVisible() && other->isWindow()
+               && (other->frameGeometry().topLeft() == client.marginsAdded(frame).topLeft()
+                   || other->geometry().topLeft() == client.topLeft());
     });
+}
+
+QMargins frame_of(const QWidget& window) {
+    const QRect inside = window.geometry();
+    const QRect outside = window.frameGeometry();
+    return QMargins(inside.left() - outside.left(), inside.top() - outside.top(),
+                    outside.right() - inside.right(), outside.bottom() - inside.bottom());
+}
+
+/// The frame is known once the window is shown; it is that of other windows, unless they fill the screen.
+QMargins expected_frame(const QWidget& window) {
+    constexpr Qt::WindowStates filling = Qt::WindowMaximized | Qt::WindowFullScreen | Qt::WindowMinimized;
+    QMargins frame(0, window.style()->pixelMetric(QStyle::PM_TitleBarHeight), 0, 0);
+    for (const QWidget* other : QApplication::topLevelWidgets())
+        if (other->isVisible() && !(other->windowState() & filling)
+            && (other->windowType() == Qt::Window || other->windowType() == Qt::Dialog))
+            return frame_of(*other);
+    return frame;
+}
+
+QRect moved_into(const QRect& area, QRect place) {
+    place.translate(std::min(0, area.right() - place.right()), std::min(0, area.bottom() - place.bottom()));
+    place.translate(std::max(0, area.left() - place.left()), std::max(0, area.top() - place.top()));
+    return place;
 }
 
 } // namespace
@@ -54,24 +82,26 @@ void restore_placement(QWidget& window, const QWidget* owner) {
     else
         client.moveCenter(owner ? owner->frameGeometry().center() : screen->availableGeometry().center());
 
-    // The frame is known once the window is shown; it is that of other windows.
-    QMargins frame;
-    if (owner) {
-        const QRect inside = owner->geometry();
-        const QRect outside = owner->frameGeometry();
-        frame = QMargins(inside.left() - outside.left(), inside.top() - outside.top(),
-                         outside.right() - inside.right(), outside.bottom() - inside.bottom());
-    }
-    QRect place = client.marginsAdded(frame);
+    const QMargins frame = expected_frame(window);
     const int step = std::max(1, window.style()->pixelMetric(QStyle::PM_TitleBarHeight));
-    while (covers_another(window, place.topLeft()))
-        place.translate(step, step);
-
-    const QScreen* nearest = QGuiApplication::screenAt(place.center());
+    const auto step_aside = [&] {
+        while (covers_another(window, client, frame))
+            client.translate(step, step);
+    };
+    step_aside();
+    const QScreen* nearest = QGuiApplication::screenAt(client.center());
     const QRect area = (nearest ? nearest : screen)->availableGeometry();
-    place.translate(std::min(0, area.right() - place.right()), std::min(0, area.bottom() - place.bottom()));
-    place.translate(std::max(0, area.left() - place.left()), std::max(0, area.top() - place.top()));
-    window.setGeometry(place.marginsRemoved(frame));
+    const auto keep_on_screen = [&] {
+        client = moved_into(area, client.marginsAdded(frame)).marginsRemoved(frame);
+    };
+    keep_on_screen();
+    if (covers_another(window, client, frame)) {
+        // They have reached the corner of the screen: on from the other one.
+        client.moveTopLeft(area.topLeft() + QPoint(frame.left(), frame.top()));
+        step_aside();
+        keep_on_screen();
+    }
+    window.setGeometry(client);
 }
 
 void save_placement(const QWidget& window, const QWidget* owner) {

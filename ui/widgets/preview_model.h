@@ -29,6 +29,9 @@ public:
     /// Everything may have changed.
     void redraw();
     void redraw(std::size_t row);
+    /// Whether the script's actions are left alone: rows show what is known of them already. What was to be
+    /// redrawn meanwhile is not, until redraw().
+    void set_paused(bool paused) { is_paused_ = paused; }
 
     int rowCount(const QModelIndex& parent) const override;
     int columnCount(const QModelIndex& parent) const override;
@@ -37,13 +40,14 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
 private:
-    const std::string& output(std::size_t row) const;
+    const Preview& preview(std::size_t row) const;
     QString comparison(std::size_t row) const;
 
     PreviewRows& rows_;
     const std::function<PreviewedScript()> script_;
     /// Of the rows shown since the last change: a row is asked for several times while it is drawn.
-    mutable std::map<std::size_t, std::string> outputs_;
+    mutable std::map<std::size_t, Preview> previews_;
+    bool is_paused_ = false;
 };
 
 } // namespace quorvex

@@ -6,7 +6,7 @@
 // Main thread.
 #pragma once
 
-#include "host/api/completion.h"
+#include "host/api/tag_io.h"
 
 #include <functional>
 #include <memory>
@@ -16,6 +16,8 @@ namespace quorvex {
 class RevocableNotify {
 public:
     using Call = std::function<void(std::uint32_t code)>;
+    /// Takes what an update tells of itself before.
+    using Summarise = std::function<void(const char* text)>;
 
     RevocableNotify() = default;
     /// Whoever still holds the notify calls into nothing from now on.
@@ -24,25 +26,34 @@ public:
     RevocableNotify& operator=(const RevocableNotify&) = delete;
 
     /// Makes a new notify in place of the last, which no longer does anything.
-    void renew(Call call) {
+    void renew(Call call, Summarise summarise = {}) {
         revoke();
-        notify_ = vantaro::make_service<Notify>(std::move(call));
+        notify_ = vantaro::make_service<Notify>(std::move(call), std::move(summarise));
     }
     vantaro::CompletionNotify* get() const { return notify_.get(); }
 
 private:
-    class Notify final : public vantaro::HeapService<vantaro::CompletionNotify> {
+    class Notify final : public vantaro::HeapService<vantaro::UpdateNotify> {
     public:
-        explicit Notify(Call call) : call_(std::make_shared<Call>(std::move(call))) {}
+        Notify(Call call, Summarise summarise)
+            : call_(std::make_shared<Call>(std::move(call))), summarise_(std::move(summarise)) {}
         void notify(std::uint32_t code) override {
             // The call may end the window, and this with it.
             if (const std::shared_ptr<Call> call = call_)
                 (*call)(code);
         }
-        void revoke() { call_.reset(); }
+        void summarise(const char* text) override {
+            if (summarise_)
+                summarise_(text);
+        }
+        void revoke() {
+            call_.reset();
+            summarise_ = {};
+        }
 
     private:
         std::shared_ptr<Call> call_;
+        Summarise summarise_;
     };
 
     void revoke() {

@@ -1,6 +1,7 @@
 #include "vantaro/desktop/main_window.h"
 
 #include "host/api/exceptions.h"
+#include "vantaro/desktop/run_outcome.h"
 #include "vantaro/locations/playlist.h"
 #include "vantaro/storage/files.h"
 #include "vantaro/tags/format.h"
@@ -32,8 +33,11 @@ constexpr int summary_delay = 40; // milliseconds: a selection that is being dra
 /// Passes an update on to its window, and counts it as long as it lives.
 class CountedWatcher final : public UpdateWatcher {
 public:
-    CountedWatcher(std::unique_ptr<UpdateWatcher> watcher, std::shared_ptr<int> count)
-        : watcher_(std::move(watcher)), count_(std::move(count)) {
+    using Tell = std::function<QString(const UpdateReport& report)>;
+
+    /// `tell` says what is to be said of the end, and may be empty.
+    CountedWatcher(std::unique_ptr<UpdateWatcher> watcher, std::shared_ptr<int> count, Tell tell = {})
+        : watcher_(std::move(watcher)), count_(std::move(count)), tell_(std::move(tell)) {
         ++*count_;
     }
     ~CountedWatcher() override { --*count_; }
@@ -41,11 +45,18 @@ public:
     void on_track(const TrackOutcome& outcome, std::size_t done, std::size_t total) override {
         watcher_->on_track(outcome, done, total);
     }
-    void on_end(const UpdateReport& report) override { watcher_->on_end(report); }
+    void on_end(const UpdateReport& report) override {
+        watcher_->on_end(report);
+        if (tell_)
+            summary_ = tell_(report).toStdString();
+    }
+    std::string summary(const UpdateReport&) const override { return summary_; }
 
 private:
     const std::unique_ptr<UpdateWatcher> watcher_;
     const std::shared_ptr<int> count_;
+    const Tell tell_;
+    std::string summary_;
 };
 
 QString counted(std::size_t count, const char* one, const char* several) {
@@ -136,7 +147,16 @@ std::unique_ptr<UpdateWatcher> MainWindow::watch(std::size_t total, QWidget* par
     // A component's window works on long after the command that opened it, and others may follow.
     if (parent && parent != this)
         host_.tag_io().set_activity(parent->windowTitle().toStdString());
-    return std::make_unique<CountedWatcher>(make_update_window(parent ? parent : this, total), updates_);
+    return std::make_unique<CountedWatcher>(
+        make_update_window(parent ? parent : this, total), updates_,
+        [this](const UpdateReport& report) { return tell_outcome(report); });
+}
+
+QString MainWindow::tell_outcome(const UpdateReport& report) const {
+    QString text = outcome_text(report, undo_action_->shortcut());
+    if (!is_closing_)
+        statusBar()->showMessage(text, outcome_duration);
+    return text;
 }
 
 void MainWindow::tags_changed(TrackHandle* const*, std::size_t) {
@@ -186,6 +206,9 @@ void MainWindow::show_selection() {
                    .arg(QLocale().toString(static_cast<qulonglong>(selected.size())), text);
     if (seconds > 0)
         text += QStringLiteral("  ·  ") + duration_text(seconds);
+    if (const std::size_t unreadable = model_.failure_count(); unreadable > 0)
+        text +=
+            QStringLiteral("  ·  %1 unreadable").arg(QLocale().toString(static_cast<qulonglong>(unreadable)));
     summary_->setText(text);
 }
 

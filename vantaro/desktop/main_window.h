@@ -71,7 +71,9 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
-    static constexpr int hint_duration = 8000; // milliseconds
+    // In milliseconds.
+    static constexpr int hint_duration = 8000;
+    static constexpr int outcome_duration = 30'000;
 
     void tags_changed(TrackHandle* const* tracks, std::size_t count) override;
 
@@ -91,6 +93,7 @@ private:
     void show_progress();
     void show_selection();
     void look_at_files();
+    QString tell_outcome(const UpdateReport& report) const;
     void end_undo(const UndoOutcome& outcome);
     bool may_stop_updates();
     bool close_dialogs();
@@ -114,6 +117,7 @@ private:
     bool has_told_of_settings_ = false;
     std::vector<QAction*> selection_actions_; // make sense with selected rows only
     QAction* clear_action_ = nullptr;
+    QAction* undo_action_ = nullptr;
     QLabel* summary_ = nullptr;
     QLabel* progress_text_ = nullptr;
     QProgressBar* progress_bar_ = nullptr;

@@ -2,6 +2,7 @@
 
 #include "vantaro/desktop/main_window.h"
 
+#include <QApplication>
 #include <QDockWidget>
 #include <QHeaderView>
 #include <QMenuBar>
@@ -37,7 +38,13 @@ void MainWindow::make_menus() {
     add_action(file, "&Quit", QKeySequence(Qt::CTRL | Qt::Key_Q), [this] { close(); });
 
     QMenu* edit = menuBar()->addMenu(QStringLiteral("&Edit"));
-    add_action(edit, "&Undo last run…", QKeySequence::Undo, [this] { undo_last_run(); });
+    undo_action_ = add_action(edit, "&Undo last run…", QKeySequence::Undo, [this] {
+        // From a component's window too, which tells of the run; not from a dialog before that.
+        const QWidget* active = QApplication::activeWindow();
+        if (!active || active == this || active->parentWidget() == this)
+            undo_last_run();
+    });
+    undo_action_->setShortcutContext(Qt::ApplicationShortcut);
     edit->addSeparator();
     is_for_list(add_action(edit, "Select &all", QKeySequence::SelectAll, [this] { list_->selectAll(); }));
 

@@ -20,10 +20,9 @@ Column column_of(const QModelIndex& index) {
     return static_cast<Column>(index.column());
 }
 
-QVariant tool_tip(const Track& track, const QString& reason) {
-    if (reason.isEmpty())
-        return {};
-    return QString(shown_text(track.path()) + u'\n' + reason);
+/// What is wrong with a track, in two lines.
+QString complaint(const Track& track, const QString& reason) {
+    return reason.isEmpty() ? QString() : QString(shown_text(track.path()) + u'\n' + reason);
 }
 
 } // namespace
@@ -199,8 +198,9 @@ QVariant TrackModel::data(const QModelIndex& index, int role) const {
             return QGuiApplication::palette().brush(QPalette::PlaceholderText);
         return {};
     case Qt::ToolTipRole:
+        return shown_tip(complaint(shown, failure(shown)));
     case Qt::AccessibleDescriptionRole:
-        return tool_tip(shown, failure(shown));
+        return complaint(shown, failure(shown));
     default:
         return {};
     }

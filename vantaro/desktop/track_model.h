@@ -41,6 +41,7 @@ public:
     /// The tags of the track could not be read, and why; an empty text: they could.
     void set_failure(const Track& track, const QString& reason);
     bool has_failed(const Track& track) const { return failures_.contains(&track); }
+    std::size_t failure_count() const { return failures_.size(); }
     /// Why; an empty text when it has not failed.
     QString failure(const Track& track) const;
 

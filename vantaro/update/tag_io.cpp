@@ -41,21 +41,19 @@ public:
     bool apply(TrackHandle* handle, const FileStats& stats, TrackInfo& info) override {
         if (hold_ == TagIO::Hold::no)
             return false;
-        auto& track = static_cast<Track&>(*handle);
-        if (track.held())
-            replaced_.push_back(handle);
-        track.hold(make_service<HeldInfo>(TrackInfoRecord(info), stats, false));
+        read_.push_back(handle);
+        static_cast<Track&>(*handle).hold(make_service<HeldInfo>(TrackInfoRecord(info), stats, false));
         return false;
     }
-    /// The tracks whose tags were held before; sorted, once the update has ended.
-    std::vector<TrackHandle*> take_replaced() {
-        std::ranges::sort(replaced_, std::less<>());
-        return std::exchange(replaced_, {});
+    /// The tracks that hold their tags now; sorted, once the update has ended.
+    std::vector<TrackHandle*> take_read() {
+        std::ranges::sort(read_, std::less<>());
+        return std::exchange(read_, {});
     }
 
 private:
     const TagIO::Hold hold_;
-    std::vector<TrackHandle*> replaced_;
+    std::vector<TrackHandle*> read_;
 };
 
 struct TagIO::Update {
@@ -67,7 +65,7 @@ struct TagIO::Update {
 
     /// The tracks that are held otherwise than before, sorted.
     std::vector<TrackHandle*> changed_tracks() const {
-        return reading ? reading->take_replaced() : job.written_tracks();
+        return reading ? reading->take_read() : job.written_tracks();
     }
 
     Ref<TrackFilter> filter;
@@ -86,6 +84,10 @@ struct TagIO::Task {
 };
 
 void UpdateWatcher::on_queued(const std::shared_ptr<AbortSignal>&) {}
+
+std::string UpdateWatcher::summary(const UpdateReport&) const {
+    return {};
+}
 
 TagIO::TagIO(TrackTable& tracks, MainThread& main_thread, const AbortFlag& interrupt, RunStore& runs,
              unsigned threads, MakeWatcher make_watcher, Report report)
@@ -204,11 +206,15 @@ void TagIO::end_update(const Update& update, const UpdateReport& report) {
         report_(report.problem);
     update.watcher->on_end(report);
     tell_listeners(update.changed_tracks());
-    if (update.notify)
-        update.notify->notify(report.aborted ? update_result::aborted
-                              : report.failed > 0 || !report.problem.empty()
-                                  ? update_result::completed_with_errors
-                                  : update_result::completed);
+    if (!update.notify)
+        return;
+    if (const auto notify = query_interface<UpdateNotify>(*update.notify))
+        if (const std::string summary = update.watcher->summary(report); !summary.empty())
+            notify->summarise(summary.c_str());
+    update.notify->notify(report.aborted ? update_result::aborted
+                          : report.failed > 0 || !report.problem.empty()
+                              ? update_result::completed_with_errors
+                              : update_result::completed);
 }
 
 void TagIO::forget(const std::vector<Track*>& tracks) {

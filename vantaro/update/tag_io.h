@@ -28,6 +28,9 @@ public:
     virtual void on_queued(const std::shared_ptr<AbortSignal>& abort);
     /// On the main thread, after the last on_track and before the caller of the update hears of the end.
     virtual void on_end(const UpdateReport& report) = 0;
+    /// On the main thread, after on_end: what the caller of the update may tell people of it, in one line;
+    /// nothing as a rule.
+    virtual std::string summary(const UpdateReport& report) const;
 };
 
 class TagIO final : public StaticService<HostTagIOUpdate> {
@@ -59,7 +62,7 @@ public:
     /// Whether the tracks hold their tags once they are read. A million of them take gigabytes.
     enum class Hold { no, yes };
     /// Reads the tags of the tracks. The watcher sees each track as unchanged, or failed. Change listeners
-    /// hear of the tracks whose tags were held before.
+    /// hear of the tracks whose tags are held now.
     void read_tags_of(const std::vector<Track*>& tracks, Hold hold, std::unique_ptr<UpdateWatcher> watcher);
 
     /// Does other work on the files of tracks: on a thread of its own, after everything that was asked for

@@ -23,4 +23,8 @@ inline QString shown_lines(std::string_view text) {
     return QString::fromStdString(printable_text(text));
 }
 
+/// A text as a tooltip that shows just its characters, lines and all, whatever looks like formatting in it. A
+/// long one is wrapped, and cut before it covers the screen.
+QString shown_tip(const QString& text);
+
 } // namespace vantaro::core

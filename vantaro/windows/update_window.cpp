@@ -88,6 +88,7 @@ public:
 
 private:
     void look();
+    void appear();
     void cancel();
     QString guess(const Progress::Seen& seen);
 
@@ -111,7 +112,6 @@ UpdateWindow::UpdateWindow(std::shared_ptr<Progress> progress, QWidget* parent, 
     : QDialog(parent), progress_(std::move(progress)), what_(new QLabel(what, this)), file_(new QLabel(this)),
       bar_(new QProgressBar(this)), count_(new QLabel(this)), remaining_(new QLabel(this)) {
     setWindowTitle(what);
-    setAttribute(Qt::WA_ShowWithoutActivating); // whoever is typing goes on typing where they are
     for (QLabel* label : {what_, file_})
         label->setTextFormat(Qt::PlainText);
     what_->setWordWrap(true);
@@ -149,7 +149,7 @@ void UpdateWindow::look() {
     }
     if (!was_shown_ && since_start_.elapsed() >= unseen_time) {
         was_shown_ = true;
-        show();
+        appear();
     }
     if (!isVisible())
         return;
@@ -163,6 +163,16 @@ void UpdateWindow::look() {
         const QString name = shown_text(path.substr(path.rfind('/') + 1));
         file_->setText(file_->fontMetrics().elidedText(name, Qt::ElideMiddle, file_->width()));
     }
+}
+
+/// Whoever is typing goes on typing where they are. Nobody is where the window waits for the end.
+void UpdateWindow::appear() {
+    const QWidget* parent = parentWidget();
+    const bool takes_over = parent && !parent->isEnabled() && parent->isActiveWindow();
+    setAttribute(Qt::WA_ShowWithoutActivating, !takes_over);
+    show();
+    if (takes_over)
+        activateWindow();
 }
 
 QString UpdateWindow::guess(const Progress::Seen& seen) {
@@ -194,7 +204,10 @@ void UpdateWindow::reject() {
 void UpdateWindow::finish() {
     timer_.stop();
     abort_ = nullptr;
+    const bool was_active = isActiveWindow();
     hide();
+    if (was_active && parentWidget())
+        parentWidget()->activateWindow();
     deleteLater();
 }
 

@@ -58,8 +58,8 @@ TEST_F(Model, SortsNumbersAsNumbersAndTextsAsPeopleDo) {
         const char* order;
     };
     const Row rows[] = {
-        {Column::title, Qt::AscendingOrder, "cebad"},
-        {Column::title, Qt::DescendingOrder, "dabec"},
+        {Column::title, Qt::AscendingOrder, "cedba"},
+        {Column::title, Qt::DescendingOrder, "abdec"},
         // What is equal stays as it was, in both directions.
         {Column::track_number, Qt::AscendingOrder, "ecbda"},
         {Column::track_number, Qt::DescendingOrder, "abdce"},
@@ -76,6 +76,12 @@ TEST_F(Model, SortsNumbersAsNumbersAndTextsAsPeopleDo) {
     sorted(Column::title, Qt::DescendingOrder);
     model_.sort(-1, Qt::AscendingOrder);
     EXPECT_EQ(order(), "abcde");
+}
+
+TEST_F(Model, ShowsNamesThatAreNotUtf8) {
+    const Track track("/M\xC3\xBCsik/caf\xE9.flac", 0);
+    EXPECT_EQ(cell_text(Column::file_name, track).toStdString(), "caf\u00E9.flac");
+    EXPECT_EQ(cell_text(Column::folder, track).toStdString(), "/M\u00FCsik");
 }
 
 TEST_F(Model, ShowsAValueOnOneLine) {

@@ -1,5 +1,7 @@
 #include "vantaro/desktop/columns.h"
 
+#include "vantaro/common/path_text.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -64,9 +66,9 @@ std::string format_text(const TrackInfo& info, std::string_view path) {
 
 std::string text_of_cell(Column column, const Track& track) {
     if (column == Column::file_name)
-        return std::string(file_name(track.path()));
+        return std::string(file_name(path_as_text(track.path())));
     if (column == Column::folder)
-        return std::string(folder(track.path()));
+        return std::string(folder(path_as_text(track.path())));
     const Ref<HeldInfo> held = track.held();
     if (!held)
         return {};

@@ -22,7 +22,7 @@ if command -v dpkg-query >/dev/null; then
     fi
 else
     # Another distribution: its own names for these are for the person to know.
-    for tool in g++ cmake ninja pkg-config python3 ffmpeg metaflac; do
+    for tool in g++ cmake ninja pkg-config python3 ffmpeg metaflac Xvfb openbox xdotool; do
         command -v "$tool" >/dev/null || missing="$missing $tool"
     done
     for library in taglib icu-uc Qt6Widgets; do

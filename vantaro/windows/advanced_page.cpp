@@ -109,7 +109,8 @@ class ValueEditing final : public QStyledItemDelegate {
 public:
     explicit ValueEditing(QTreeWidget& tree) : QStyledItemDelegate(&tree), tree_(tree) {}
 
-    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&, const QModelIndex&) const override {
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&,
+                          const QModelIndex& index) const override {
         auto* editor = new QLineEdit(parent);
         editor->setAccessibleName(shown_text(line(index).name()));
         editor->setFrame(false);

@@ -20,6 +20,10 @@ protected:
     static void press(const Editor& editor, Qt::Key key) {
         QTest::keyClick(editor.window().focusWidget(), key);
     }
+    static void click_into(const Editor& editor) {
+        editor.window().activateWindow(); // as the desktop does then
+        QTest::qWait(50);
+    }
     static bool becomes_active(const QWidget& window) {
         return QTest::qWaitFor([&] { return window.isActiveWindow(); }, 2000);
     }
@@ -73,20 +77,20 @@ TEST_F(EditorKeys, TheKeyboardGoesToWhatTheWindowWaitsFor) {
     editor.select(0);
     editor.open(0);
     QDialog& settings = editor.dialog().window();
-    QApplication::setActiveWindow(&editor.window());
+    ASSERT_TRUE(becomes_active(settings));
+    click_into(editor);
     EXPECT_TRUE(becomes_active(settings)) << "a click into the disabled window";
     settings.reject();
     run_deleted();
-    QApplication::setActiveWindow(&editor.window());
-    QTest::qWait(10);
+    click_into(editor);
     EXPECT_TRUE(editor.window().isActiveWindow());
 
     tag_io_.carry_out_updates_late();
     editor.click(run);
     QDialog progress(&editor.window()); // as the host shows one
     progress.show();
-    QApplication::setActiveWindow(owner_.get());
-    QApplication::setActiveWindow(&editor.window());
+    ASSERT_TRUE(becomes_active(progress));
+    click_into(editor);
     EXPECT_TRUE(becomes_active(progress));
     progress.hide();
     tag_io_.carry_out_updates_late();

@@ -190,11 +190,11 @@ TEST_F(EditorPreviews, SayWhatFits) {
         return below.fontMetrics().horizontalAdvance(QString::fromLatin1(text)) + 2;
     };
     for (const char* text :
-         {"12 files changed. Ctrl+Z takes it back.", "12 files changed.", "12 files changed"}) {
+         {"12 files changed. Ctrl+Z takes it back.", "12 files changed.", "12 files changed", "12 changed"}) {
         below.resize(width_of(text), below.height());
         EXPECT_EQ(below.text().toStdString(), text);
     }
-    below.resize(width_of("12 file"), below.height());
+    below.resize(width_of("12 cha"), below.height());
     EXPECT_TRUE(below.fontMetrics().horizontalAdvance(below.text()) <= below.width())
         << below.text().toStdString();
     EXPECT_TRUE(below.toolTip().contains("12 files changed. Ctrl+Z takes it back."));

@@ -127,6 +127,7 @@ TEST_F(UpdateWindow, TakesTheKeyboardFromAWindowThatWaitsForIt) {
     start();
     ASSERT_TRUE(QTest::qWaitFor([] { return find_window("Updating") != nullptr; }));
     QWidget& window = *find_window("Updating");
+    EXPECT_FALSE(window.testAttribute(Qt::WA_ShowWithoutActivating));
     ASSERT_TRUE(QTest::qWaitFor([&] { return window.isActiveWindow(); }));
     QTest::keyClick(&window, Qt::Key_Escape);
     EXPECT_TRUE(says(window, "finishing the files that were begun"));

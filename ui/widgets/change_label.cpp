@@ -12,12 +12,13 @@ namespace quorvex {
 
 namespace {
 
-/// The sentences of a text, the first alone, and that without its full stop.
+/// The sentences of a text, the first alone, and that without what goes without saying.
 QStringList shortened(const QString& text) {
-    const QString first = text.section(QStringLiteral(". "), 0, 0);
+    QString first = text.section(QStringLiteral(". "), 0, 0);
     QStringList texts{text};
     if (first != text)
         texts << first + u'.' << first;
+    texts << first.remove(QStringLiteral(" files")).remove(QStringLiteral(" file"));
     return texts;
 }
 

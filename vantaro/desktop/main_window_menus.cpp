@@ -6,6 +6,7 @@
 #include <QDockWidget>
 #include <QHeaderView>
 #include <QMenuBar>
+#include <QPointer>
 #include <QStatusBar>
 
 namespace vantaro::core {
@@ -40,9 +41,12 @@ void MainWindow::make_menus() {
     QMenu* edit = menuBar()->addMenu(QStringLiteral("&Edit"));
     undo_action_ = add_action(edit, "&Undo last run…", QKeySequence::Undo, [this] {
         // From a component's window too, which tells of the run; not from a dialog before that.
-        const QWidget* active = QApplication::activeWindow();
-        if (!active || active == this || active->parentWidget() == this)
-            undo_last_run();
+        const QPointer<QWidget> active = QApplication::activeWindow();
+        if (active && active != this && active->parentWidget() != this)
+            return;
+        undo_last_run();
+        if (active)
+            active->activateWindow();
     });
     undo_action_->setShortcutContext(Qt::ApplicationShortcut);
     edit->addSeparator();

@@ -1,16 +1,23 @@
 #include "vantaro/windows/shown_text.h"
 
+#include <QStringList>
+
+#include <algorithm>
+
 namespace vantaro::core {
 
 QString shown_tip(const QString& text) {
     constexpr qsizetype most_lines = 20;
     constexpr qsizetype most_characters = 1200;
+    constexpr qsizetype longest_line = 100;
     if (text.isEmpty())
         return {};
     const QString begin = text.left(most_characters);
     QString shown = begin.section(u'\n', 0, most_lines - 1);
     if (shown.size() < text.size())
         shown += QStringLiteral(" (...)");
+    const auto is_long = [](const QString& line) { return line.size() > longest_line; };
+    const char* wrapping = std::ranges::any_of(shown.split(u'\n'), is_long) ? "pre-wrap" : "pre";
     // A word without an end is broken too: a zero-width space every so often lets it.
     QString html;
     qsizetype since_break = 0;
@@ -23,7 +30,7 @@ QString shown_tip(const QString& text) {
         }
         html += QString(character).toHtmlEscaped();
     }
-    return QStringLiteral("<p style='white-space:pre-wrap'>") + html + QStringLiteral("</p>");
+    return QString("<p style='white-space:%1'>%2</p>").arg(QLatin1String(wrapping), html);
 }
 
 } // namespace vantaro::core

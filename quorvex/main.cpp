@@ -226,6 +226,7 @@ bool say_unknown_verb(CLI::App& app) {
         return false;
     core::take_guard_off(unknown);
     std::vector<std::string> names;
+    names.reserve(verbs.size());
     for (const CLI::App* verb : verbs)
         names.push_back(verb->get_name());
     const std::string* meant = nearest_word(unknown.front(), names);

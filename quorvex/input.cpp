@@ -78,6 +78,9 @@ std::vector<std::string> named_paths(Session& session, const PathOptions& option
     std::string list;
     try {
         list = read_input(session, *options.files_from, largest_list);
+        if (!options.null_separated && list.find('\0') != std::string::npos)
+            throw vantaro_io::exception_io_data("It holds NUL characters; --null takes them for the ends of "
+                                                "paths");
     } catch (const vantaro_io::exception_io& error) {
         throw vantaro_io::exception_io(
             "The list of paths cannot be read from "

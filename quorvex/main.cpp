@@ -222,6 +222,7 @@ bool say_unknown_verb(CLI::App& app) {
         return false;
     const std::string word = core::given_argument(unknown.front());
     std::vector<std::string> names;
+    names.reserve(verbs.size());
     for (const CLI::App* verb : verbs)
         names.push_back(verb->get_name());
     const std::string* meant = nearest_word(word, names);

@@ -73,9 +73,7 @@ StoredScript load_named_script(Session& session, const std::string& script) {
 }
 
 bool has_lasting_name(const std::string& script) {
-    std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::status(script, error);
-    return script != standard_input && (!exists(status) || is_regular_file(status));
+    return script != standard_input && !script.starts_with("/dev/") && !script.starts_with("/proc/");
 }
 
 } // namespace quorvex::command

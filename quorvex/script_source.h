@@ -21,7 +21,8 @@ StoredScript read_script(Session& session, const std::string& path);
 /// Throws: as above; vantaro_io::exception_io_not_found when there is neither.
 StoredScript load_named_script(Session& session, const std::string& script);
 
-/// Whether what was given as a script is a name that says something later: not standard input or a pipe.
+/// Whether what was given as a script is a name that says something later: neither standard input nor an open
+/// file of the process ("/dev/fd/63").
 bool has_lasting_name(const std::string& script);
 
 } // namespace quorvex::command

@@ -1,6 +1,5 @@
 // The saved scripts: listing, showing, importing, exporting, deleting.
 
-#include "quorvex/input.h"
 #include "quorvex/output.h"
 #include "quorvex/script_json.h"
 #include "quorvex/script_source.h"
@@ -62,8 +61,8 @@ int show_script(const std::string& name) {
 }
 
 int import_script(Session& session, const std::string& path, std::string name, bool replace) {
-    if (name.empty() && path == standard_input)
-        throw vantaro_io::exception_io("A script from standard input needs a name: give one with --name.");
+    if (name.empty() && !has_lasting_name(path))
+        throw vantaro_io::exception_io(path + " says no name for the script: give one with --name.");
     StoredScript script = read_script(session, path);
     if (name.empty())
         name = std::filesystem::path(path).stem().string();

@@ -3,6 +3,7 @@
 import json
 import os
 import signal
+import subprocess
 import time
 
 from support import (NO_KIND, SCRIPT_FILE, SET_VALUE, ProgramCase, guid, read_tags, script_bytes, set_value,
@@ -125,6 +126,19 @@ class Pipes(ProgramCase):
                     outcome = self.run_program("bash", "-c", command)
                     self.assertEqual((outcome.status, outcome.stderr), (0, ""))
                     self.assertEqual(set(outcome.objects()[0]["after"]["TITLE"][0]), {"x"})
+
+    def test_interrupts_at_standard_input(self):
+        script = self.script(set_value("TITLE", "x"))
+        for arguments in (["run", "-", self.song], ["scripts", "import", "-", "--name", "x"],
+                          ["run", script, "--files-from", "-"]):
+            with self.subTest(arguments[:2]), self.untouched(self.song):
+                with self.start("quorvex", *arguments, stdin=subprocess.PIPE) as process:
+                    process.stdin.write(bytes(self.song))
+                    process.stdin.flush()
+                    time.sleep(0.5)
+                    self.assertIsNone(process.poll())
+                    process.send_signal(signal.SIGINT)
+                    self.assertEqual(process.wait(60), 130)
 
     def test_interrupts(self):
         script = self.script(set_value("TITLE", "x"))

@@ -71,7 +71,8 @@ class Paths(ProgramCase):
 
     def test_lists_that_cannot_be_used(self):
         song = self.copy("06", "a.mp3")
-        cases = [(["-", "--files-from", "-"], "Standard input"), ([self.edit, "--files-from", "gone"], "gone"),
+        (self.folder / "nulls").write_bytes(os.fsencode(song) + b"\0gone\0")
+        cases = [([self.edit, "--files-from", "nulls"], "--null"), (["-", "--files-from", "-"], "Standard input"), ([self.edit, "--files-from", "gone"], "gone"),
                  ([self.edit, "--files-from", ""], "FILE"), ([self.edit, "-0", song], "--files-from"),
                  ([self.edit, "--files-from", "/dev/null"], "Nothing to do")]
         with self.untouched(song):

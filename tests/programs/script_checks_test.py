@@ -120,7 +120,8 @@ class Imports(ProgramCase):
     def test_names_are_those_of_the_files(self):
         self.do("import", "b.json")
         with open(self.folder / "a.json", "rb") as script:
-            self.assert_line(self.do("import", "-", status=2, stdin=script).stderr, "--name")
+            for unnamed in "-", "/dev/stdin":
+                self.assert_line(self.do("import", unnamed, status=2, stdin=script).stderr, "--name")
             self.do("import", "-", "--name", "c", stdin=script)
         self.assertEqual(self.saved(), {"a": "first", "b": "second", "c": "first"})
 

@@ -101,6 +101,11 @@ void ComponentSet::read_configuration(Component& component) {
         } catch (const std::exception& error) {
             report_(component.configuration.set_aside(error.what()));
         }
+        if (component.configuration.path().empty()) {
+            MemoryWriter writer;
+            component.client->get_config(writer, abort);
+            component.configuration.start_without_file(writer.bytes());
+        }
     } catch (const std::exception& error) {
         report_(error.what());
     }

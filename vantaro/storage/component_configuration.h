@@ -53,9 +53,13 @@ public:
     /// then refuses until load() succeeds.
     LoadResult load();
 
+    /// Without a folder there is nothing to load: `bytes` are what the component has from the start, and what
+    /// save() finds changed against.
+    void start_without_file(std::string_view bytes);
+
     /// For a component that fails to read what load() gave: the file is set aside and counts as empty from
-    /// now on. `reason` is part of the returned notice. A file that another process has replaced meanwhile
-    /// stays. Throws: vantaro_io::exception_io.
+    /// now on. `reason` is part of the returned notice. A file that another process has replaced or removed
+    /// meanwhile stays so. Throws: vantaro_io::exception_io.
     std::string set_aside(std::string_view reason);
 
     /// `bytes` is all that the component writes. Either all of it is on the medium or the file is as it was.

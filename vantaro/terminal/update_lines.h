@@ -7,6 +7,8 @@
 #include "vantaro/terminal/terminal.h"
 #include "vantaro/update/tag_io.h"
 
+#include <string>
+
 namespace vantaro::core {
 
 /// Only the progress line.
@@ -26,11 +28,23 @@ private:
     const char* doing_;
 };
 
+/// Also a line for every track that failed, and how many there were; but what kept all of them from being
+/// begun is left to whoever reports the update's problem.
 class UpdateLines : public UpdateProgress {
 public:
     using UpdateProgress::UpdateProgress;
 
     void on_track(const TrackOutcome& outcome, std::size_t done, std::size_t total) override;
+    void on_end(const UpdateReport& report) override;
+};
+
+/// "3 tracks: 2 written, 1 unchanged, 0 failed"
+std::string summary_line(const UpdateReport& report);
+
+/// Also the summary line, on standard output.
+class UpdateLinesAndSummary final : public UpdateLines {
+public:
+    using UpdateLines::UpdateLines;
     void on_end(const UpdateReport& report) override;
 };
 

@@ -71,8 +71,10 @@ public:
         if (found == indexes_.end())
             return false;
         for (const std::string& command : commands_)
-            if (!run_tag_command(command, track, info, found->second))
+            if (!run_tag_command(command, track, info, found->second)) {
                 print_to_console("Unknown command: \"" + command + "\", see /tag:help for more info.");
+                note_undone_work("");
+            }
         return true;
     }
 
@@ -127,6 +129,8 @@ void TagCommandLine::on_track(TrackHandle* track) {
 void TagCommandLine::on_files_done() {
     const TrackList files = std::exchange(files_, {});
     const std::vector<std::string> commands = std::exchange(commands_, {});
+    if (commands.empty() && !files.empty())
+        note_undone_work("\"/tag:\" names no command for the files after it, see /tag:help for more info.");
     if (commands.empty() || files.empty())
         return;
     std::vector<TrackHandle*> handles;

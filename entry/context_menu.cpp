@@ -153,6 +153,7 @@ void ManageScripts::execute(std::size_t index, const Guid&, TrackHandle* const* 
         // No display.
     }
     print_to_console("The script editor needs a window.");
+    note_undone_work("");
 }
 
 void SavedScripts::get_item_name(std::size_t, TextSink& out) {

@@ -80,6 +80,11 @@ void print_to_console(std::string_view line) {
     for_each_service<HostConsole>([&](HostConsole& console) { console.print(line.data(), line.size()); });
 }
 
+void note_undone_work(const std::string& why) {
+    if (services_available())
+        for_each_service<UndoneWork>([&](UndoneWork& undone) { undone.note(why.c_str()); });
+}
+
 std::uint32_t uMessageBox(WindowHandle parent, const char* text, const char* caption, std::uint32_t buttons) {
     PopupQuestion::Request request;
     request.title = caption;

@@ -9,6 +9,7 @@
 #include "host/api/host_api.h"
 #include "host/api/user_interaction.h"
 
+#include <string>
 #include <string_view>
 
 namespace quorvex {
@@ -73,6 +74,10 @@ void for_each_service(Visit&& visit) {
 
 /// Prints one line on every console; dropped silently while the host's services are not available.
 void print_to_console(std::string_view line);
+
+/// Tells the host that something a person asked for is not done. `why` is a line for them; empty where the
+/// console has it already.
+void note_undone_work(const std::string& why);
 
 /// While one is there, what its thread prints on the console is dropped: trying an action on many tracks,
 /// when nobody has asked for it yet, is no reason to fill the console.

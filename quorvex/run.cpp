@@ -17,9 +17,7 @@ using namespace vantaro;
 namespace {
 
 void print_summary(const core::UpdateReport& report) {
-    print_line(std::to_string(report.total) + (report.total == 1 ? " track: " : " tracks: ")
-               + std::to_string(report.written) + " written, " + std::to_string(report.unchanged)
-               + " unchanged, " + std::to_string(report.failed) + " failed");
+    print_line(core::summary_line(report));
 }
 
 /// What remains of a script that has no name: its first action.

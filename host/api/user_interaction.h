@@ -1,4 +1,4 @@
-// Talking to the person at the host: console lines, messages, questions.
+// Talking to the person at the host: console lines, messages, questions, what is not done.
 //
 //     PopupQuestion::Request ask;
 //     ask.title = "Warning";
@@ -71,11 +71,25 @@ public:
     };
 
     /// Returns the bit of the button that was pressed. Where no person can answer, the host takes the
-    /// cautious one (cancel, no, abort), or the one it was told to take.
+    /// cautious one (cancel, no, abort), or the one it was told to take. Throws:
+    /// vantaro_io::exception_aborted when the host is asked to end before the answer.
     virtual std::uint32_t ask(const Request& request) = 0;
 
 protected:
     ~PopupQuestion() = default;
+};
+
+/// Hears that something a person asked for is not done, where neither an exception nor the end of an update
+/// tells the host. A host may be without it.
+class UndoneWork : public ServiceBase {
+public:
+    static constexpr Guid class_guid = guid("{9FF492D9-45D0-4058-B7AA-E81A07555054}");
+
+    /// `why` is a line for the person; empty where it has been said. Any thread.
+    virtual void note(const char* why) = 0;
+
+protected:
+    ~UndoneWork() = default;
 };
 
 } // namespace vantaro

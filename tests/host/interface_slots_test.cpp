@@ -98,6 +98,7 @@ TEST(InterfaceSlots, OfTheHostsServices) {
     SERVICE(HostConsole, "{90DF5270-65BB-4DBA-BAF5-86BE9E59DC20}", &I::print);
     SERVICE(PopupMessage, "{D5CAC75A-3023-4DCE-8B0D-B502BD056A7C}", &I::show);
     SERVICE(PopupQuestion, "{EF3C83FD-1144-4EDB-B843-CFBAC6E5E18B}", &I::ask);
+    SERVICE(UndoneWork, "{9FF492D9-45D0-4058-B7AA-E81A07555054}", &I::note);
     SERVICE(DigestState, "{E7B0D6F4-92A3-4C1D-8E65-5A1F3C9B7D20}", &I::process, &I::result);
     SERVICE(DigestService, "{4B897EC8-A2F9-478D-A95E-1A2110A40078}", &I::initialise, &I::digest);
     SERVICE(ClockCallback, "{3F8A1D5C-7E94-4B06-9D2F-C0B6E4A7F813}", &I::on_time);

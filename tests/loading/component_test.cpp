@@ -7,7 +7,7 @@
 #include "vantaro/application/argument_distributor.h"
 #include "vantaro/application/host.h"
 #include "vantaro/tags/tag_file.h"
-#include "vantaro/terminal/terminal.h"
+#include "vantaro/terminal/question.h"
 
 #include <QCoreApplication>
 
@@ -69,7 +69,7 @@ protected:
     Terminal terminal;
     Lines console;
     TerminalMessage message;
-    TerminalQuestion question{terminal, false};
+    TerminalQuestion question{terminal, false, interrupt.flag()};
     HostSetup setup;
     std::vector<std::string> errors;
 };

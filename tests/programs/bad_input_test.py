@@ -72,6 +72,7 @@ class BadInput(ProgramCase):
             ("ok", "o\n", [], 0),
             ("asked again", "x\n\nO\n", [], 0),
             ("end of input", "\x04", [], 2),
+            ("interrupted", "", [], 130),
         ]
         for name, typed, options, status in cases:
             with self.subTest(name):
@@ -80,7 +81,7 @@ class BadInput(ProgramCase):
                 if typed is None:
                     outcome = self.run_program(*arguments)
                 else:
-                    outcome = self.run_on_terminal(*arguments, typed=typed)
+                    outcome = self.run_on_terminal(*arguments, typed=typed, answer=None if typed else "\x03")
                 self.assertEqual(outcome.status, status)
                 self.assertEqual(question in outcome.stderr, not options)
                 tags = read_tags(song)

@@ -77,6 +77,13 @@ class Preferences(ProgramCase):
                 self.assert_line(outcome.stderr, path, "the defaults hold")
         self.assertEqual(len(self.runs().objects()), 8)
 
+    def test_a_file_that_cannot_be_opened_is_named_once(self):
+        path = self.folder / "settings/vantaro/preferences.json"
+        path.mkdir(parents=True)
+        outcome = self.run_program("quorvex", "tags", self.copy("06", "a.mp3"))
+        self.assertEqual((outcome.status, outcome.stderr.count(str(path))), (0, 1))
+        self.assert_line(outcome.stderr, path, "; the defaults hold.")
+
     def test_the_window_is_told_what_the_terminal_was(self):
         """With files only, the program starts over with a window; what it reported before goes along."""
         path = self.prefer("{")
@@ -94,5 +101,5 @@ class Preferences(ProgramCase):
             outcome = self.outcome(process)
         (line,) = [line for line in outcome.stderr.split("\n") if "the defaults hold" in line]
         self.assertTrue(line.startswith(str(path)))
-        self.assertEqual(arguments[1:4], ["--window", "--reported", line])
+        self.assertEqual(arguments[1:3], ["--window", f"--reported={line}"])
         self.assertEqual(outcome.status, 130)

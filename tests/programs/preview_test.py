@@ -2,6 +2,7 @@
 
 import json
 import os
+import signal
 
 from support import ALBUM, ProgramCase, summary
 
@@ -194,10 +195,10 @@ class SavedScripts(ProgramCase):
         (row,) = self.run_program("quorvex", "tags", "--json", path or self.song).objects()
         return row["fields"]["TITLE"]
 
-    def command(self, *arguments, typed=None):
+    def command(self, *arguments, typed=None, answer=None):
         if typed is None:
             return self.run_program("vantaro", "--menu", *arguments)
-        return self.run_on_terminal("vantaro", "--menu", *arguments, typed=typed)
+        return self.run_on_terminal("vantaro", "--menu", *arguments, typed=typed, answer=answer)
 
     def test_verbs(self):
         self.assertEqual(self.scripts("list").stdout, "".join(f"{name}\n" for name in self.NAMES))
@@ -267,7 +268,7 @@ class SavedScripts(ProgramCase):
             for spelled in (path, commands[path], commands[path].lower()):
                 self.run_program("vantaro", "/tag:title=none", self.song)
                 outcome = self.command(spelled, self.song)
-                self.assertEqual((outcome.status, outcome.stdout, outcome.stderr), (0, "", ""), spelled)
+                self.assertEqual((outcome.status, outcome.stdout, outcome.stderr), (0, summary(written=1), ""), spelled)
                 self.assertEqual(self.title(), [title])
         gone = commands["Tagging/Scripts/Café"]
         self.scripts("delete", "Café")
@@ -279,23 +280,29 @@ class SavedScripts(ProgramCase):
             self.assertEqual((outcome.status, outcome.stdout), (2, ""))
             self.assert_line(outcome.stderr, "No files were named")
             outcome = self.command("Tagging/Manage scripts", self.song)
-            self.assert_line(outcome.stderr, "The script editor needs a window.")
+            self.assertEqual((outcome.status, outcome.stderr), (2, "The script editor needs a window.\n"))
         self.assertEqual(self.command("Tagging/Scripts/Tidy up", self.song, "nowhere").status, 1)
         self.assertEqual(self.title(), ["a"])
 
     def test_question_above_the_threshold(self):
         files = self.copy_many(101)
         question = "Warning: You're about to update tags of 101 tracks. Continue?"
-        cases = [("n\n", [], True, None), ("y\n", [], True, "a"), ("x\nYes\n", [], True, "a"),
-                 ("\x04", [], True, None), (None, [], True, None), (None, ["--yes"], False, "a")]
-        for typed, options, asked, title in cases:
-            with self.subTest(typed=typed, options=options):
+        cases = [
+            # typed before, then; the options; the status; the title
+            ("n\n", None, [], 2, None), ("y\n", None, [], 0, "a"), ("x\nYes\n", None, [], 0, "a"),
+            ("\x04", None, [], 2, None), (None, None, [], 2, None), (None, None, ["--yes"], 0, "a"),
+            ("", "\n", [], 0, "a"), ("\n", "\x04", [], 2, None), ("\n\n", "n\n", [], 2, None),
+            ("", "\x03", [], 130, None), ("", signal.SIGTERM, [], 130, None), ("", signal.SIGHUP, [], 130, None)]
+        for typed, answer, options, status, title in cases:
+            with self.subTest(typed=typed, answer=answer, options=options):
                 self.copy_many(101)
                 before = [self.title(files[0]), self.title(files[-1])]
-                outcome = self.command("Tagging/Scripts/Tidy up", *options, "many", typed=typed)
-                self.assertEqual(outcome.status, 0)
-                self.assertEqual(question in outcome.stderr, asked)
+                outcome = self.command("Tagging/Scripts/Tidy up", *options, "many", typed=typed, answer=answer)
+                self.assertEqual(outcome.status, status)
+                self.assertEqual(question in outcome.stderr, not options)
+                self.assertEqual("Nothing was done." in outcome.stderr, status == 2)
                 after = [self.title(files[0]), self.title(files[-1])]
                 self.assertEqual(after, before if title is None else [[title], [title]])
+        self.assertEqual(len(self.run_program("quorvex", "runs").stdout.splitlines()), 4)
         outcome = self.command("Tagging/Scripts/Tidy up", *files[:100], typed="n\n")
         self.assertNotIn("You're about to", outcome.stderr)

@@ -4,7 +4,7 @@ import mutagen
 from mutagen import id3
 from mutagen.mp4 import MP4
 
-from support import ProgramCase, audio_digest, read_all, read_tags
+from support import ProgramCase, audio_digest, read_all, read_tags, summary
 
 
 class QuickCommands(ProgramCase):
@@ -32,7 +32,7 @@ class QuickCommands(ProgramCase):
 
         outcome = self.run_program("vantaro", r"/tag:artist=A\B;comment=;AUTOTRACKNUMBER", *files)
 
-        self.assertEqual((outcome.status, outcome.stdout, outcome.stderr), (0, "", ""))
+        self.assertEqual((outcome.status, outcome.stdout, outcome.stderr), (0, summary(written=5), ""))
         for number, path in enumerate(files):
             with self.subTest(path.name):
                 fields, rest = before[number]
@@ -46,13 +46,38 @@ class QuickCommands(ProgramCase):
         listed = self.copy("08", "c.ogg")
         (self.folder / "list.m3u8").write_text("c.ogg\n")
         outcome = self.run_program("vantaro", "/tag:title=One;AUTOTRACKNUMBER", "songs", "list.m3u8",
-                                   "/TAG:genre=Two", "songs/a.mp3", "/tag:album=x", "/tag:", "c.ogg")
-        self.assertEqual((outcome.status, outcome.stderr), (0, ""))
+                                   "/TAG:genre=Two/Too", "songs/a.mp3")
+        self.assertEqual((outcome.status, outcome.stdout, outcome.stderr),
+                         (0, summary(written=3) + summary(written=1), ""))
         for number, path in enumerate((song, other, listed), 1):
             tags = read_tags(path)
             self.assertEqual((tags["TITLE"], tags["TRACKNUMBER"]), (["One"], [str(number)]))
-        self.assertEqual([read_tags(path)["GENRE"] for path in (song, other)], [["Two"], ["Ambient"]])
-        self.assertNotIn("ALBUM", read_tags(listed))
+        self.assertEqual([read_tags(path)["GENRE"] for path in (song, other)], [["Two/Too"], ["Ambient"]])
+        self.assertEqual([run["activity"] for run in self.run_program("quorvex", "runs", "--json").objects()],
+                         ["/TAG:genre=Two/Too", "/tag:title=One;AUTOTRACKNUMBER"])
+
+    def test_says_what_is_not_done(self):
+        song, other = self.copy("06", "a.mp3"), self.copy("07", "b.flac")
+        (self.folder / "empty").mkdir()
+        no_files, no_tracks = "No files are named after it.", "There are no tracks in what is named after it."
+        not_named_before = "Nothing was done here, since no command is named before."
+        cases = [
+            (["/tag:title=x"], 2, [f"/tag:title=x: {no_files}"]),
+            (["/tag:title=x", "empty"], 2, [f"/tag:title=x: {no_tracks}"]),
+            (["a.mp3", "/tag:title=x"], 2, [f"/tag:title=x: {no_files}", f"a.mp3: {not_named_before}"]),
+            (["/tag:;", "a.mp3"], 2, ['"/tag:" names no command for the files after it, see /tag:help for more info.']),
+            (["/tag:title", "a.mp3"], 1, ['Unknown command: "title", see /tag:help for more info.']),
+            (["/tag:title=x", "nowhere"], 1, ["Path evaluation failure: nowhere: File not found"]),
+        ]
+        with self.untouched(song, other):
+            for arguments, status, lines in cases:
+                with self.subTest(arguments):
+                    outcome = self.run_program("vantaro", *arguments)
+                    self.assertEqual((outcome.status, outcome.stderr.splitlines()), (status, lines))
+        outcome = self.run_program("vantaro", "x", "a.mp3", "/tag:title=y", "/tag:title=z", "b.flac")
+        self.assertEqual((outcome.status, outcome.stdout, outcome.stderr.splitlines()), (1, summary(written=1), [
+            f"/tag:title=y: {no_files}", f"x and 1 more: {not_named_before}"]))
+        self.assertEqual((read_tags(song)["TITLE"], read_tags(other)["TITLE"]), (["Lantern Room"], ["z"]))
 
     def test_prints_help(self):
         for argument in ("/tag:help", "/TAG:Help", "/help", "/?"):

@@ -11,6 +11,7 @@ tests need to know in the environment (CMakeLists.txt).
 """
 
 import contextlib
+import fcntl
 import json
 import os
 import pty
@@ -18,6 +19,7 @@ import shutil
 import struct
 import subprocess
 import tempfile
+import termios
 import threading
 import unittest
 import uuid
@@ -63,9 +65,9 @@ def add_value(field, value):
 
 
 def summary(*, written=0, unchanged=0, failed=0):
-    """What quorvex prints at the end of a run."""
+    """What the programs print at the end of a run."""
     total = written + unchanged + failed
-    return f"{total} tracks: {written} written, {unchanged} unchanged, {failed} failed\n"
+    return f"{total} track{'' if total == 1 else 's'}: {written} written, {unchanged} unchanged, {failed} failed\n"
 
 
 @dataclass
@@ -193,20 +195,28 @@ class ProgramCase(unittest.TestCase):
         copied = shutil.copy(os.environ[program.upper()], self.folder)
         return self.run_program(copied, *arguments, user=ORDINARY_USER, group=ORDINARY_USER, extra_groups=[])
 
-    def run_on_terminal(self, program, *arguments, typed=""):
-        """With standard input and standard error on a terminal; what is shown there comes as stderr."""
+    def run_on_terminal(self, program, *arguments, typed="", answer=None):
+        """With standard input and standard error on a terminal of its own; what is shown there comes as stderr.
+        `typed` is there before the program starts; `answer`, a text or a signal, comes when a question ends."""
         master, slave = pty.openpty()
         shown = bytearray()
 
-        def listen():
+        def listen(process, left=answer):
             with contextlib.suppress(OSError):  # the other end is closed
                 while part := os.read(master, 65536):
                     shown.extend(part)
+                    if left is not None and shown.endswith(b"] "):
+                        if isinstance(left, str):
+                            os.write(master, left.encode())
+                        else:
+                            process.send_signal(left)
+                        left = None
 
         os.write(master, typed.encode())
-        with self.start(program, *arguments, stdin=slave, stderr=slave) as process:
+        with self.start(program, *arguments, stdin=slave, stderr=slave, start_new_session=True,
+                        preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0)) as process:
             os.close(slave)
-            listener = threading.Thread(target=listen)
+            listener = threading.Thread(target=listen, args=[process])
             listener.start()
             outcome = self.outcome(process)
         listener.join()

@@ -5,7 +5,7 @@ import shutil
 import subprocess
 import unittest
 
-from support import ProgramCase, read_tags, set_value, summary
+from support import COMPONENT, ProgramCase, read_tags, set_value, summary
 
 NOBODY_KNOWN = 54321  # a user whom the user database does not have
 GROW = set_value("LYRICS", "la " * 40000)
@@ -26,8 +26,8 @@ class UnknownUser(ProgramCase):
         for path in (self.folder, self.song):
             os.chown(path, NOBODY_KNOWN, NOBODY_KNOWN)
 
-    def run_as_unknown(self, *arguments, **variables):
-        return self.run_program(self.quorvex, *arguments, env={"PATH": os.environ["PATH"]} | variables,
+    def run_as_unknown(self, *arguments, program=None, **variables):
+        return self.run_program(*(program or [self.quorvex]), *arguments, env={"PATH": os.environ["PATH"]} | variables,
                                 user=NOBODY_KNOWN, group=NOBODY_KNOWN, extra_groups=[])
 
     def test_reads_without_home(self):
@@ -37,11 +37,24 @@ class UnknownUser(ProgramCase):
                 outcome = self.run_as_unknown(*arguments)
                 self.assertEqual((outcome.status, outcome.stderr), (0, ""))
 
+    def test_vantaro_without_home(self):
+        (self.folder / "components").mkdir()
+        component = shutil.copy(COMPONENT, self.folder / "components")
+        vantaro = [shutil.copy(os.environ["VANTARO"], self.folder), "--components", os.path.dirname(component)]
+        for arguments in (["--list-menu"], ["/tag:help"]):
+            outcome = self.run_as_unknown(*arguments, program=vantaro)
+            self.assertEqual((outcome.status, outcome.stderr), (0, ""))
+        with self.untouched(self.song):
+            outcome = self.run_as_unknown("/tag:title=x", self.song, program=vantaro)
+        self.assertEqual((outcome.status, outcome.stdout), (1, summary(failed=1)))
+        self.assert_line(outcome.stderr, "Nothing was written: There is no home folder; set the variable HOME")
+
     def test_writes_only_what_can_be_taken_back(self):
         with self.untouched(self.song):
             outcome = self.run_as_unknown("run", self.edit, self.song)
             self.assertEqual((outcome.status, outcome.stdout), (1, "1 track: 0 written, 0 unchanged, 1 failed\n"))
-            self.assert_line(outcome.stderr, self.song, "There is no home folder; set the variable HOME")
+            self.assertEqual(outcome.stderr, "Nothing was written: There is no home folder; set the variable HOME\n"
+                                             "1 of 1 tracks failed.\n")
         self.assertEqual(self.run_as_unknown("scripts", "import", self.edit).status, 1)
         state = str(self.folder / "state")
         self.assertEqual(self.run_as_unknown("run", self.edit, self.song, XDG_STATE_HOME=state).status, 0)

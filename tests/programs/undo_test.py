@@ -4,7 +4,7 @@ import os
 import re
 import subprocess
 
-from support import FIVE, LONG_AGO, ProgramCase, add_value, audio_digest, read_tags, set_value
+from support import FIVE, LONG_AGO, ProgramCase, add_value, audio_digest, read_tags, set_value, summary
 
 MORE = {"b.wav": [], "c.aiff": [], "d.wma": [], "e.wv": [], "f.tta": [], "g.spx": ["-c:a", "libspeex", "-ar", "16000"],
         "h.oga": ["-c:a", "flac"], "i.front.m4a": ["-c:a", "aac", "-movflags", "faststart"]}
@@ -113,9 +113,11 @@ class WritePlaces(ProgramCase):
         (self.folder / "state/vantaro").write_text("in the way")
         with self.untouched(*files):
             outcome = self.run_program("quorvex", "run", self.script(*SCRIPTS["edit"]), *files)
-        self.assertEqual(outcome.status, 1)
-        for path in files:
-            self.assert_line(outcome.stderr, path, "state/vantaro")
+            told = self.run_program("quorvex", "run", "--json", self.script(*SCRIPTS["edit"]), *files).objects()
+        why = f"{self.folder}/state/vantaro/runs: File not found"
+        self.assertEqual((outcome.status, outcome.stdout), (1, summary(failed=5)))
+        self.assertEqual(outcome.stderr, f"{why}\nNothing was written: {why}\n5 of 5 tracks failed.\n")
+        self.assertEqual([row["error"] for row in told], [why] * 5)
 
     def test_file_size_limit_leaves_old_bytes(self):
         """As on a full disk: every write beyond a size fails."""

@@ -198,8 +198,22 @@ TEST_F(Configuration, SetsBrokenFilesAside) {
     folder_.write(file_name, stream("b2"));
     EXPECT_THAT(late.set_aside("bad"), HasSubstr("replaced since"));
     EXPECT_EQ(stored(), stream("b2"));
-    std::filesystem::remove(late.path());
-    EXPECT_THAT(late.set_aside("bad"), HasSubstr("removed since"));
+
+    ComponentConfiguration removed = loaded();
+    std::filesystem::remove(folder_.path(file_name));
+    EXPECT_THAT(removed.set_aside("bad"), HasSubstr("removed since"));
+    ComponentConfiguration without_file = loaded();
+    EXPECT_THAT(without_file.set_aside("bad"),
+                HasSubstr("which is not there, could not start without it (bad)"));
+    EXPECT_FALSE(std::filesystem::exists(folder_.path(file_name)));
+}
+
+TEST_F(Configuration, WithoutAFolderOnlyWhatChangesIsMissed) {
+    ComponentConfiguration configuration("", "c.so");
+    configuration.load();
+    configuration.complete(stream("a1"));
+    EXPECT_FALSE(configuration.save(stream("a1")).is_written);
+    EXPECT_THROW(configuration.save(stream("a2")), vantaro_io::exception_io_not_found);
 }
 
 TEST_F(Configuration, LosesNothingOfManyWriters) {

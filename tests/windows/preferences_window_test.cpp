@@ -5,7 +5,7 @@
 #include "tests/windows/fake_preferences.h"
 #include "tests/windows/window_access.h"
 #include "vantaro/application/preferences.h"
-#include "vantaro/terminal/terminal.h"
+#include "vantaro/terminal/question.h"
 #include "vantaro/windows/preferences_window.h"
 
 #include <QCheckBox>
@@ -49,7 +49,7 @@ protected:
     Terminal terminal;
     TerminalConsole console{terminal};
     TerminalMessage message;
-    TerminalQuestion question{terminal, false};
+    TerminalQuestion question{terminal, false, interrupt.flag()};
     HostSetup setup;
     std::unique_ptr<Host> host;
     test::FakeNumber number{{"Number", guid("{A0000000-0000-0000-0000-000000000000}")}};

@@ -39,23 +39,30 @@ bool ArgumentDistributor::offer_as_token(const std::string& argument) {
         if (result != CommandLineHandler::Result::not_taken)
             taker = Ref<CommandLineHandler>(&handler);
     });
-    if (!taker)
-        return messages_shown_() != shown_before;
+    if (!taker) {
+        const bool has_shown = messages_shown_() != shown_before;
+        has_done_any_ |= has_shown;
+        return has_shown;
+    }
     finish();
     if (result == CommandLineHandler::Result::taken_wants_files)
-        collector_ = std::move(taker);
+        collector_ = Collector{std::move(taker), argument, false, host_.tag_io().resolved()};
+    else
+        has_done_any_ = true;
     return true;
 }
 
 void ArgumentDistributor::hand_over_file(const std::string& argument) {
+    CommandLineHandler& handler = *collector_->handler;
+    collector_->has_files = true;
     std::error_code error;
-    if (collector_->wants_directories() || !std::filesystem::is_directory(argument, error)) {
-        collector_->on_file(argument.c_str());
+    if (handler.wants_directories() || !std::filesystem::is_directory(argument, error)) {
+        handler.on_file(argument.c_str());
         return;
     }
     try {
         AbortSignal abort; // never set
-        TracksTo tracks(*collector_);
+        TracksTo tracks(handler);
         host_.tag_io().resolve_location(argument.c_str(), tracks, abort);
     } catch (const std::exception& failure) {
         host_.report(argument + ": " + failure.what());
@@ -63,8 +70,25 @@ void ArgumentDistributor::hand_over_file(const std::string& argument) {
 }
 
 void ArgumentDistributor::finish() {
-    if (const Ref<CommandLineHandler> collector = std::exchange(collector_, {}))
-        collector->on_files_done();
+    if (!collector_)
+        return;
+    const Collector collector = *std::exchange(collector_, {});
+    const std::size_t undone_before = host_.undone_count();
+    look_at_files(collector);
+    host_.tag_io().set_activity(collector.argument);
+    collector.handler->on_files_done();
+    has_done_any_ |= host_.undone_count() == undone_before;
+}
+
+void ArgumentDistributor::look_at_files(const Collector& collector) {
+    const TagIO::Resolved resolved = host_.tag_io().resolved();
+    // A handler may have use for files without asking what tracks they are.
+    const bool has_asked = resolved.locations > collector.resolved_before.locations;
+    if (!collector.has_files)
+        host_.report_undone(collector.argument + ": No files are named after it.");
+    else if (has_asked && resolved.tracks == collector.resolved_before.tracks
+             && !host_.tag_io().has_failures())
+        host_.report_undone(collector.argument + ": There are no tracks in what is named after it.");
 }
 
 } // namespace vantaro::core

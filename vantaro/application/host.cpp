@@ -62,6 +62,7 @@ Host::Host(const HostSetup& setup)
     registry_.add_own<FileSystem>(file_system_);
     registry_.add_own<InputEntry>(tag_reader_);
     registry_.add_only<HostVersion>(version_, "the version");
+    registry_.add_only<UndoneWork>(undone_, "what is not done");
     registry_.add_only<LegacyCodePage>(code_page_, "character sets");
     registry_.add_own<ConfigurationStorage>(configuration_service_);
     registry_.add_only<TitleFormatCompiler>(title_formatting_, "title formatting");

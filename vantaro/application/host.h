@@ -23,6 +23,7 @@
 #include "vantaro/services/digest.h"
 #include "vantaro/services/local_files.h"
 #include "vantaro/services/main_thread.h"
+#include "vantaro/services/undone_work.h"
 #include "vantaro/services/version.h"
 #include "vantaro/terminal/interrupt.h"
 #include "vantaro/titleformat/title_format.h"
@@ -99,6 +100,11 @@ public:
     void report_once(const std::string& line);
     /// The same for other threads: the line is printed when the main thread gets to it.
     RecoveryReport line_reporter();
+    /// Prints why something that was asked for is not done, and counts it.
+    void report_undone(const std::string& why) { undone_.note(why.c_str()); }
+    /// How often that was reported, by components as well. Updates, and locations that lead nowhere, tell of
+    /// themselves.
+    std::size_t undone_count() const { return undone_.count(); }
     /// What was reported once, in its order.
     std::vector<std::string> reported() const;
     /// Called with each line that is reported once from now on, on the thread that reports it. Set while no
@@ -145,6 +151,7 @@ private:
     LocalFileSystem file_system_{interrupt_.flag()};
     TagReader tag_reader_;
     VersionService version_;
+    UndoneWorkNotes undone_{[this](const std::string& line) { report(line); }};
     CodePageService code_page_;
     TitleFormatting title_formatting_;
     TitleFormattingDiagnosis title_format_diagnosis_;

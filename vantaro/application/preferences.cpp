@@ -36,10 +36,21 @@ Preferences load_preferences(const std::string& config_dir,
     if (config_dir.empty())
         return {};
     const std::string path = path_in(config_dir);
+    const auto defaults_with = [&](const std::string& line) {
+        report(line + "; the defaults hold.");
+        Preferences defaults;
+        defaults.are_known = false;
+        return defaults;
+    };
+    std::optional<std::string> text;
     try {
-        const std::optional<std::string> text = read_file(path);
-        if (!text)
-            return {};
+        text = read_file(path);
+    } catch (const std::exception& error) {
+        return defaults_with(error.what()); // names the file
+    }
+    if (!text)
+        return {};
+    try {
         const Json json = Json::parse(*text);
         if (!json.is_object())
             throw vantaro_io::exception_io_data("it is no JSON object");
@@ -52,10 +63,7 @@ Preferences load_preferences(const std::string& config_dir,
         take(json, "keep_times", result.keep_times, [](const Json& value) { return value.is_boolean(); });
         return result;
     } catch (const std::exception& error) {
-        report(path + ": " + error.what() + "; the defaults hold.");
-        Preferences defaults;
-        defaults.are_known = false;
-        return defaults;
+        return defaults_with(path + ": " + error.what());
     }
 }
 

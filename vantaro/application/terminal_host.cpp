@@ -5,7 +5,7 @@
 namespace vantaro::core {
 
 TerminalHost::TerminalHost(HostSetup setup, bool answers_yes)
-    : question_(terminal_, answers_yes), host_(completed(std::move(setup))) {}
+    : question_(terminal_, answers_yes, interrupt_.flag()), host_(completed(std::move(setup))) {}
 
 HostSetup TerminalHost::completed(HostSetup setup) {
     setup.interrupt = &interrupt_;
@@ -14,7 +14,7 @@ HostSetup TerminalHost::completed(HostSetup setup) {
     setup.question = &question_;
     if (!setup.make_watcher)
         setup.make_watcher = [this](std::size_t, WindowHandle) {
-            return std::make_unique<UpdateLines>(terminal_, "Updating");
+            return std::make_unique<UpdateLinesAndSummary>(terminal_, "Updating");
         };
     return setup;
 }

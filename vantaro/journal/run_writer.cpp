@@ -51,9 +51,22 @@ RunWriter::~RunWriter() {
 }
 
 OpenRun& RunWriter::journal() {
-    if (!journal_)
+    if (journal_)
+        return *journal_;
+    if (!why_not_begun_.empty())
+        throw vantaro_io::exception_io(why_not_begun_);
+    try {
         journal_.emplace(store_.begin(start_));
+    } catch (const std::exception& error) {
+        why_not_begun_ = error.what();
+        throw;
+    }
     return *journal_;
+}
+
+std::string RunWriter::why_not_begun() {
+    const std::lock_guard lock(journal_mutex_);
+    return why_not_begun_;
 }
 
 std::string RunWriter::temporary_name(const std::string& folder) {
@@ -163,6 +176,7 @@ void RunWriter::commit(std::vector<Waiting>& batch) {
             item.fail(error.what());
         }
     }
+    begin(batch);
     give_way(batch);
     note(batch);
     std::vector<std::string> outcomes;
@@ -204,9 +218,24 @@ void RunWriter::commit(std::vector<Waiting>& batch) {
     }
 }
 
+/// Without a journal nothing else is tried, so that all that fails says the same.
+void RunWriter::begin(std::vector<Waiting>& batch) {
+    try {
+        const std::lock_guard lock(journal_mutex_);
+        if (std::ranges::any_of(batch, [](const Waiting& item) { return !item.has_failed(); }))
+            journal();
+    } catch (const std::exception& error) {
+        for (Waiting& item : batch)
+            if (!item.has_failed())
+                item.fail(error.what());
+    }
+}
+
 /// A run that is cut off while this one is under way may have left files half-written that are in the batch
 /// now. Since they are locked nobody writes them any more, so that what its journal says is the last word.
 void RunWriter::give_way(std::vector<Waiting>& batch) {
+    if (std::ranges::all_of(batch, &Waiting::has_failed))
+        return;
     try {
         // One with files that cannot be reached stays: it is looked at once, and when such a file is met.
         bool is_recovery_due = find_half_written(store_, half_written_);

@@ -53,6 +53,9 @@ public:
     PreparedChange prepare(OpenFile file, const FileEdit& edit, const ChangeOptions& options);
     /// Hands a change in. Waits while too much memory is waiting.
     void submit(PreparedChange change, Done done);
+    /// Why the run has no journal, so that every change fails with this text and no file is touched; empty
+    /// when nothing of the kind has happened. Any thread.
+    std::string why_not_begun();
     /// Waits until everything submitted is done.
     void wait();
     /// Waits, flushes everything that was written, and ends the journal. Returns the number of the run, or 0
@@ -74,6 +77,7 @@ private:
     };
 
     OpenRun& journal();
+    void begin(std::vector<Waiting>& batch);
     void wait_for_room();
     TemporaryNames names();
     std::string temporary_name(const std::string& folder);
@@ -94,6 +98,7 @@ private:
 
     std::mutex journal_mutex_; // guards what follows
     std::optional<OpenRun> journal_;
+    std::string why_not_begun_;
     std::uint64_t next_temporary_ = 0;
 
     std::mutex room_mutex_; // held by whoever waits for room on the disk

@@ -1,6 +1,7 @@
 // The host program. With arguments that a component takes ("/tag:title=x"), or a command of the context menu
 // to carry out, it does the work and exits. Otherwise it shows its window.
 
+#include "host/api/exceptions.h"
 #include "vantaro/application/argument_distributor.h"
 #include "vantaro/application/command_line.h"
 #include "vantaro/application/context_menu.h"
@@ -46,22 +47,31 @@ public:
     std::vector<TrackHandle*> tracks;
 };
 
+/// The exit status of work that has come to its end.
+int status_of(Host& host, bool has_done_any) {
+    if (host.tag_io().has_failures())
+        return exit_status::some_failed;
+    if (host.undone_count() == 0)
+        return exit_status::done;
+    return has_done_any ? exit_status::some_failed : exit_status::not_begun;
+}
+
 /// Carries out one command of the context menu on the tracks.
-int run_menu_command(Host& host, Terminal& terminal, const std::string& path_or_guid,
+int run_menu_command(TerminalHost& program, const std::string& path_or_guid,
                      const std::vector<std::string>& paths) {
+    Host& host = program.host();
+    Terminal& terminal = program.terminal();
     if (paths.empty()) {
         terminal.line("No files were named that " + path_or_guid + " is for.");
         return exit_status::not_begun;
     }
     CollectTracks collected;
     AbortSignal abort; // the host adds its own
-    bool found_all = true;
     for (const std::string& path : paths) {
         try {
             host.tag_io().resolve_location(path.c_str(), collected, abort);
-        } catch (const std::exception& error) {
+        } catch (const vantaro_io::exception_io& error) {
             terminal.line(error.what());
-            found_all = false;
         }
     }
     if (collected.tracks.empty()) {
@@ -81,10 +91,15 @@ int run_menu_command(Host& host, Terminal& terminal, const std::string& path_or_
     host.tag_io().read_tags_of(own_tracks, TagIO::Hold::yes,
                                std::make_unique<UpdateProgress>(terminal, "Reading"));
     host.wait_until_idle();
-    if (!host.interrupt().is_aborting())
-        command->node->execute(collected.tracks.data(), collected.tracks.size());
+    if (host.interrupt().is_aborting())
+        return exit_status::interrupted;
+    host.tag_io().set_activity(path_of(*command));
+    command->node->execute(collected.tracks.data(), collected.tracks.size());
     host.wait_until_idle();
-    return found_all && !host.tag_io().has_failures() ? exit_status::done : exit_status::some_failed;
+    const bool has_begun = host.tag_io().started_updates() > 0;
+    if (!has_begun && program.question().is_declined())
+        host.report_undone("Nothing was done.");
+    return host.undone_count() > 0 && !has_begun ? exit_status::not_begun : status_of(host, true);
 }
 
 int say_nothing_to_do(Terminal& terminal) {
@@ -104,10 +119,17 @@ Distributed distribute(Host& host, const TerminalMessage& message,
     for (const std::string& argument : arguments)
         if (!host.interrupt().is_aborting())
             distributor.offer(argument);
-    distributor.finish();
+    // Half the files that a command is for are not what it was asked for.
+    if (!host.interrupt().is_aborting())
+        distributor.finish();
     host.wait_until_idle();
-    return {distributor.has_taken_any(),
-            host.tag_io().has_failures() ? exit_status::some_failed : exit_status::done};
+    const std::vector<std::string>& left_over = distributor.left_over();
+    if (distributor.has_taken_any() && !left_over.empty())
+        host.report_undone(left_over.front()
+                           + (left_over.size() > 1 ? " and " + std::to_string(left_over.size() - 1) + " more"
+                                                   : std::string())
+                           + ": Nothing was done here, since no command is named before.");
+    return {distributor.has_taken_any(), status_of(host, distributor.has_done_any())};
 }
 
 /// The arguments that the window can show. Something else among them is a mistake, unless nothing is right.
@@ -135,15 +157,6 @@ bool name_any_files(const std::vector<std::string>& arguments) {
     throw std::system_error(errno, std::generic_category(), "The window cannot be opened");
 }
 
-/// What the user asked for, without the files.
-std::string joined_commands(const std::vector<std::string>& arguments) {
-    std::string result;
-    for (const std::string& argument : arguments)
-        if (argument.starts_with('/') && argument.find('/', 1) == std::string::npos)
-            result += (result.empty() ? "" : " ") + argument;
-    return result;
-}
-
 /// What the command line says.
 struct CommandLine {
     HostSetup setup;
@@ -168,21 +181,23 @@ int run_in_terminal(int& argc, char** argv, const CommandLine& line, bool can_sh
     Host& host = program.host();
     host.load_components();
 
-    host.tag_io().set_activity(line.menu_command.empty() ? joined_commands(line.arguments)
-                                                         : line.menu_command);
     int status = exit_status::done;
-    if (line.list) {
-        status = list_menu(host);
-    } else if (!line.menu_command.empty()) {
-        status = run_menu_command(host, program.terminal(), line.menu_command, line.arguments);
-    } else {
-        const Distributed distributed = distribute(host, program.message(), line.arguments);
-        status = distributed.status;
-        if (!distributed.has_taken_any && !host.interrupt().is_aborting()) {
-            for_window = {can_show && name_any_files(line.arguments), host.reported()};
-            if (!for_window.is_wanted)
-                status = say_nothing_to_do(program.terminal());
+    try {
+        if (line.list) {
+            status = list_menu(host);
+        } else if (!line.menu_command.empty()) {
+            status = run_menu_command(program, line.menu_command, line.arguments);
+        } else {
+            const Distributed distributed = distribute(host, program.message(), line.arguments);
+            status = distributed.status;
+            if (!distributed.has_taken_any && !host.interrupt().is_aborting()) {
+                for_window = {can_show && name_any_files(line.arguments), host.reported()};
+                if (!for_window.is_wanted)
+                    status = say_nothing_to_do(program.terminal());
+            }
         }
+    } catch (const vantaro_io::exception_aborted&) {
+        status = exit_status::interrupted;
     }
     host.save_configurations();
     host.close();

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <set>
 #include <stdexcept>
+#include <utility>
 
 namespace vantaro::core {
 
@@ -87,17 +88,19 @@ void ComponentConfiguration::complete(std::string_view bytes) {
 }
 
 std::string ComponentConfiguration::set_aside(std::string_view reason) {
+    const std::string refused = std::exchange(base_, std::string()).value_or("");
+    if (path_.empty())
+        return "A component could not start without its settings (" + std::string(reason) + ")";
     const std::string file = follow_links(path_);
-    make_folder(std::filesystem::path(file).parent_path().string());
+    const std::string not_used = " could not be used (" + std::string(reason) + ") and has been ";
+    if (!read_file(file))
+        return refused.empty()
+                   ? "The component of " + file + ", which is not there, could not start without it ("
+                         + std::string(reason) + ")"
+                   : file + not_used + "removed since";
     const FileLock lock(lock_of(file));
-    const std::optional<std::string> bytes = read_file(file);
-    const bool is_refused_one = bytes && base_ && *bytes == *base_;
-    std::string notice = is_refused_one
-                             ? broken_notice(file, reason, set_file_aside(file, "broken"))
-                             : file + " could not be used (" + std::string(reason) + ") and has been "
-                                   + (bytes ? "replaced since" : "removed since");
-    base_.emplace();
-    return notice;
+    return read_file(file) == refused ? broken_notice(file, reason, set_file_aside(file, "broken"))
+                                      : file + not_used + "replaced since";
 }
 
 ComponentConfiguration::Outcome ComponentConfiguration::merge_with_file(const std::string& file,

@@ -60,8 +60,8 @@ public:
     void complete(std::string_view bytes);
 
     /// For a component that fails to read what load() gave: the file is set aside and counts as empty from
-    /// now on. `reason` is part of the returned notice. A file that another process has replaced meanwhile
-    /// stays. Throws: vantaro_io::exception_io.
+    /// now on. `reason` is part of the returned notice. A file that another process has replaced or removed
+    /// meanwhile stays so. Throws: vantaro_io::exception_io.
     std::string set_aside(std::string_view reason);
 
     /// Calls `hand_over` with the records that other processes have stored since, those of variables that the

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <iostream>
 
 namespace vantaro::core {
 
@@ -16,32 +15,6 @@ namespace {
 
 constexpr auto redraw_interval = std::chrono::milliseconds(100);
 constexpr std::string_view erase_line = "\r\x1b[K";
-
-struct Answer {
-    std::uint32_t bit;
-    std::string_view name;
-};
-/// In the order in which they are offered.
-constexpr std::array<Answer, 7> answers{{{button::ok, "OK"},
-                                         {button::yes, "Yes"},
-                                         {button::retry, "Retry"},
-                                         {button::no, "No"},
-                                         {button::cancel, "Cancel"},
-                                         {button::abort, "Abort"},
-                                         {button::ignore, "Ignore"}}};
-/// From the most cautious one.
-constexpr std::array cautious_order{button::cancel, button::no,  button::abort, button::ignore,
-                                    button::ok,     button::yes, button::retry};
-constexpr std::array affirmative_order{button::yes,    button::ok,    button::ignore, button::no,
-                                       button::cancel, button::abort, button::retry};
-
-template <std::size_t n>
-std::uint32_t first_offered(const std::array<std::uint32_t, n>& order, std::uint32_t buttons) {
-    for (const std::uint32_t bit : order)
-        if (buttons & bit)
-            return bit;
-    return button::ok;
-}
 
 void write_all(int descriptor, std::string_view text) {
     while (!text.empty()) {
@@ -85,10 +58,6 @@ std::string shown_with(std::string_view text, const Show& show) {
             result += show(*c);
     }
     return result;
-}
-
-char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
 }
 
 } // namespace
@@ -146,6 +115,11 @@ void Terminal::end_progress() {
         write_all(STDERR_FILENO, "\n");
 }
 
+void Terminal::prompt(std::string_view text) {
+    const std::lock_guard lock(mutex_);
+    write_all(STDERR_FILENO, text);
+}
+
 void TerminalConsole::print(const char* text, std::size_t length) {
     terminal_.line({text, length});
 }
@@ -156,30 +130,6 @@ void TerminalMessage::show(const char* text, std::size_t length, const char* tit
     if (!out.ends_with('\n'))
         out += '\n';
     print_output_at_once(out);
-}
-
-std::uint32_t TerminalQuestion::ask(const Request& request) {
-    if (assume_yes_)
-        return first_offered(affirmative_order, request.buttons);
-    const std::uint32_t cautious = first_offered(cautious_order, request.buttons);
-    terminal_.line(std::string(request.title) + ": " + request.message);
-    if (::isatty(STDIN_FILENO) == 0 || ::isatty(STDERR_FILENO) == 0)
-        return cautious;
-    std::string choices;
-    for (const Answer& answer : answers)
-        if (request.buttons & answer.bit)
-            choices.append(choices.empty() ? "" : "/").append(answer.name);
-    while (true) {
-        write_all(STDERR_FILENO, '[' + choices + "] ");
-        std::string typed;
-        if (!std::getline(std::cin, typed))
-            return cautious;
-        // The first letters of the answers that are offered together differ.
-        for (const Answer& answer : answers)
-            if ((request.buttons & answer.bit) && !typed.empty()
-                && lower(typed.front()) == lower(answer.name.front()))
-                return answer.bit;
-    }
 }
 
 } // namespace vantaro::core

@@ -1,10 +1,10 @@
-// The terminal as the host uses it: lines on standard error, a progress line below them, and questions.
+// The terminal as the host uses it: lines on standard error, and a progress line below them.
 //
 //     Terminal terminal;
 //     terminal.progress("Updating", 12, 100);
 //     terminal.line("a.flac: Access denied");        // the progress line makes room and comes back
 //
-// Any thread; questions on the main thread.
+// Any thread; messages on the main thread.
 #pragma once
 
 #include "host/api/user_interaction.h"
@@ -39,10 +39,10 @@ public:
     /// Shows how far something has come; only where standard error is a terminal, and a few times a second.
     void progress(std::string_view what, std::size_t done, std::size_t total);
     void end_progress();
+    /// Prints the beginning of a line, which a person will go on with: a text of the program's own, as it is.
+    void prompt(std::string_view text);
 
 private:
-    void clear_progress();
-
     std::mutex mutex_; // guards everything below
     const bool interactive_;
     std::string progress_line_;
@@ -67,18 +67,6 @@ public:
 
 private:
     std::size_t shown_ = 0;
-};
-
-/// Asks where a person sits at the terminal; otherwise takes the cautious answer, or the affirmative one
-/// where the program was told so.
-class TerminalQuestion final : public StaticService<PopupQuestion> {
-public:
-    TerminalQuestion(Terminal& terminal, bool assume_yes) : terminal_(terminal), assume_yes_(assume_yes) {}
-    std::uint32_t ask(const Request& request) override;
-
-private:
-    Terminal& terminal_;
-    bool assume_yes_;
 };
 
 } // namespace vantaro::core

@@ -7,6 +7,8 @@
 #include "vantaro/terminal/failure_lines.h"
 #include "vantaro/update/tag_io.h"
 
+#include <string>
+
 namespace vantaro::core {
 
 /// Only the progress line.
@@ -26,6 +28,8 @@ private:
     const char* doing_;
 };
 
+/// Also a line for every track that failed, and how many there were; but what kept all of them from being
+/// begun is left to whoever reports the update's problem.
 class UpdateLines : public UpdateProgress {
 public:
     UpdateLines(Terminal& terminal, const char* doing,
@@ -37,6 +41,16 @@ public:
 
 private:
     FailureLines failures_;
+};
+
+/// "3 tracks: 2 written, 1 unchanged, 0 failed"
+std::string summary_line(const UpdateReport& report);
+
+/// Also the summary line, on standard output.
+class UpdateLinesAndSummary final : public UpdateLines {
+public:
+    using UpdateLines::UpdateLines;
+    void on_end(const UpdateReport& report) override;
 };
 
 } // namespace vantaro::core

@@ -97,6 +97,7 @@ TagIO::TagIO(TrackTable& tracks, MainThread& main_thread, const AbortFlag& inter
 TagIO::~TagIO() = default;
 
 void TagIO::resolve_location(const char* location, TrackSink& out, AbortFlag& abort) {
+    ++resolved_.locations;
     try {
         const ResolvedLocation found = core::resolve_location(
             location, is_audio_file_name, [&] { return abort.is_aborting() || interrupt_.is_aborting(); });
@@ -106,6 +107,7 @@ void TagIO::resolve_location(const char* location, TrackSink& out, AbortFlag& ab
         if (passed_over_.empty() && !found.passed_over.empty()) // for callers that do not ask
             main_thread_.post([this] { report_passed_over(); });
         std::ranges::copy(found.passed_over, std::back_inserter(passed_over_));
+        resolved_.tracks += found.paths.size();
         for (const std::string& path : found.paths)
             out.add(&tracks_.get(path, 0));
     } catch (...) {
@@ -143,6 +145,7 @@ void TagIO::start_update(const std::vector<Track*>& tracks, TrackFilter& filter,
 
 void TagIO::start(const std::vector<Track*>& tracks, Ref<TrackFilter> filter, ReadOnly* reading,
                   std::unique_ptr<UpdateWatcher> watcher, CompletionNotify* notify) {
+    started_updates_ += reading == nullptr;
     UpdateSettings settings{
         .runs = runs_,
         .activity = activity_,

@@ -88,6 +88,14 @@ public:
     bool is_idle() const { return tasks_.empty(); }
     /// Ends all of it between two files, as soon as those being written are done.
     void abort_all();
+    /// How many updates were started that may edit, since the start.
+    std::size_t started_updates() const { return started_updates_; }
+    /// How many locations were asked for, and how many tracks came of them, since the start.
+    struct Resolved {
+        std::size_t locations = 0;
+        std::size_t tracks = 0;
+    };
+    Resolved resolved() const { return resolved_; }
     /// Whether some location, some part of one, or some track has failed since the start.
     bool has_failures() const { return has_failures_; }
 
@@ -117,6 +125,8 @@ private:
     std::deque<std::unique_ptr<Task>> tasks_;
     bool has_failures_ = false;
     std::vector<std::string> passed_over_;
+    std::size_t started_updates_ = 0;
+    Resolved resolved_;
     std::string activity_;
     bool keeps_times_ = false;
     RecoveryReport recovery_report_ = [](const std::string&) {};

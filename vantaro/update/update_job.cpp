@@ -63,6 +63,8 @@ public:
         } catch (const std::exception& error) {
             report_.problem = error.what();
         }
+        if (const std::string why = writer_.why_not_begun(); !why.empty())
+            report_.problem = "Nothing was written: " + why;
         if (!broken_.empty())
             report_.problem = "The update could not be carried on: " + broken_;
         std::ranges::sort(written_);
@@ -236,7 +238,7 @@ private:
             } catch (const vantaro_io::exception_aborted&) {
                 item->aborted = true;
             } catch (const std::exception& error) {
-                item->fail(error.what());
+                fail_to_write(*item, error.what());
             }
         }
         if (!change) {
@@ -250,6 +252,11 @@ private:
                 finish(std::move(*shared));
             });
         });
+    }
+
+    void fail_to_write(Item& item, const std::string& why) {
+        item.fail(why.c_str());
+        item.outcome.is_not_begun = why == writer_.why_not_begun();
     }
 
     /// Nothing when the file says the same already.
@@ -293,7 +300,7 @@ private:
 
     void take_outcome(Item& item, const WrittenFile& written) {
         if (!written.error.empty()) {
-            item.fail(written.error.c_str());
+            fail_to_write(item, written.error);
             return;
         }
         if (written.identity.inode != item.file.identity.inode)

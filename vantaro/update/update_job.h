@@ -32,6 +32,9 @@ struct TrackOutcome {
     TrackInfoRecord after;
     /// Why it failed.
     std::string error;
+    /// It failed because the run has no journal, as every other track of the update does: the report's
+    /// problem says so once for all.
+    bool is_not_begun = false;
 };
 
 struct UpdateReport {
@@ -44,7 +47,8 @@ struct UpdateReport {
     bool aborted = false;
     /// The number under which the run can be taken back; 0 when no file was written.
     std::uint64_t run = 0;
-    /// What else went wrong: files that may not be on the medium yet, a journal that could not be ended.
+    /// What else went wrong: files that may not be on the medium yet, a journal that could not be begun or
+    /// ended.
     std::string problem;
 };
 

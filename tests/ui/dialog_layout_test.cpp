@@ -70,9 +70,8 @@ TEST_F(DialogLayout, FollowsAFontThatChanges) {
     QFont font = font_;
     font.setPointSize(2 * font_.pointSize());
     QApplication::setFont(font);
-    QTest::qWait(20);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return dialog.window().width() > before.width() * 3 / 2; }));
     EXPECT_EQ(faults(dialog.window()), "");
-    EXPECT_GT(dialog.window().width(), before.width() * 3 / 2);
     const QWidget& cancel = dialog.control(2);
     EXPECT_LT(dialog.window().width() - cancel.geometry().right(), cancel.width() / 2)
         << "it has kept its growth";

@@ -116,7 +116,7 @@ TEST_F(Balloons, AreSeenWithTheirWindowOnly) {
     const auto is_seen = [&] { return balloon(dialog) != nullptr; };
     const auto is_not_seen = [&] { return !is_seen(); };
     EXPECT_TRUE(click_until(beside(), is_not_seen)) << "another window is active";
-    EXPECT_TRUE(is_active(*owner_));
+    EXPECT_TRUE(wait_for([&] { return is_active(*owner_); }));
     EXPECT_TRUE(activate_until(dialog.window(), is_seen));
     xdotool({"windowminimize", QString::number(dialog.window().winId())});
     EXPECT_TRUE(wait_for(is_not_seen)) << "it is minimised";

@@ -26,7 +26,8 @@ wait_until() {
     exit 1
 }
 
-Xvfb -displayfd 3 -screen 0 1280x1000x24 -nolisten tcp 3>"$folder/display" 2>"$folder/server.log" &
+# It would start over whenever its last client leaves, were it allowed to.
+Xvfb -displayfd 3 -screen 0 1280x1000x24 -nolisten tcp -noreset 3>"$folder/display" 2>"$folder/server.log" &
 processes+=($!)
 wait_until "The display" test -s "$folder/display"
 DISPLAY=:$(cat "$folder/display")

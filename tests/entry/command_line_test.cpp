@@ -49,6 +49,29 @@ TEST_F(CommandLine, TakesItsOwnArguments) {
     EXPECT_TRUE(handler_->wants_directories());
 }
 
+class Undone final : public HeapService<UndoneWork> {
+public:
+    explicit Undone(test::FakeHost& host) : host_(host) {}
+    void note(const char* why) override { host_.note(std::string("undone ") + why); }
+
+private:
+    test::FakeHost& host_;
+};
+
+TEST_F(CommandLine, TellsTheHostOfWhatIsNotDone) {
+    host_.offer<UndoneWork>(make_service<Undone>(host_));
+    run("/tag:;", "f1 f2");
+    EXPECT_EQ(host_.take_events(),
+              "undone \"/tag:\" names no command for the files after it, see /tag:help for more info.");
+    run("/tag:", "");
+    EXPECT_EQ(host_.take_events(), "");
+    run("/tag:what;genre=x", "f1");
+    EXPECT_EQ(host_.take_events(), "update of f1, main window, flags 0\n"
+                                   "Unknown command: \"what\", see /tag:help for more info.\nundone ");
+    run("/tag:genre=y", "f1");
+    EXPECT_EQ(host_.take_events(), "update of f1, main window, flags 0");
+}
+
 TEST_F(CommandLine, HelpIsAsAgreed) {
     handler_->on_token("/tag:help");
     std::string text = host_.take_events();

@@ -70,6 +70,13 @@ class UnknownUser(ProgramCase):
             with self.subTest(arguments[0]):
                 outcome = self.run_as_unknown(*arguments, HOME=str(home))
                 self.assertEqual((outcome.status, outcome.stderr), (status, denial))
+        others = [self.copy("07", f"music/{n}.flac") for n in range(3)]
+        for path in others:
+            os.chown(path, NOBODY_KNOWN, NOBODY_KNOWN)
+        with self.untouched(*others):
+            outcome = self.run_as_unknown("run", self.edit, *others, HOME=str(home))
+        self.assertEqual((outcome.status, outcome.stdout), (1, summary(failed=3)))
+        self.assertEqual(outcome.stderr, f"{denial}Nothing was written: {denial}3 of 3 tracks failed.\n")
 
 
 @unittest.skipIf(not has_mounts_of_its_own(), "/proc cannot be hidden here")

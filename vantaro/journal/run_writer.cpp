@@ -176,7 +176,6 @@ void RunWriter::commit(std::vector<Waiting>& batch) {
             item.fail(error.what());
         }
     }
-    begin(batch);
     give_way(batch);
     note(batch);
     std::vector<std::string> outcomes;
@@ -218,24 +217,9 @@ void RunWriter::commit(std::vector<Waiting>& batch) {
     }
 }
 
-/// Without a journal nothing else is tried, so that all that fails says the same.
-void RunWriter::begin(std::vector<Waiting>& batch) {
-    try {
-        const std::lock_guard lock(journal_mutex_);
-        if (std::ranges::any_of(batch, [](const Waiting& item) { return !item.has_failed(); }))
-            journal();
-    } catch (const std::exception& error) {
-        for (Waiting& item : batch)
-            if (!item.has_failed())
-                item.fail(error.what());
-    }
-}
-
 /// A run that is cut off while this one is under way may have left files half-written that are in the batch
 /// now. Since they are locked nobody writes them any more, so that what its journal says is the last word.
 void RunWriter::give_way(std::vector<Waiting>& batch) {
-    if (std::ranges::all_of(batch, &Waiting::has_failed))
-        return;
     try {
         // One with files that cannot be reached stays: it is looked at once, and when such a file is met.
         bool is_recovery_due = find_half_written(store_, half_written_);
@@ -251,6 +235,9 @@ void RunWriter::give_way(std::vector<Waiting>& batch) {
         if (is_recovery_due)
             recover_runs(store_, report_);
     } catch (const std::exception& error) {
+        const std::lock_guard lock(journal_mutex_);
+        if (!journal_ && why_not_begun_.empty())
+            why_not_begun_ = error.what(); // no journal can be begun where none can be looked for
         for (Waiting& item : batch)
             if (!item.has_failed())
                 item.fail(error.what());

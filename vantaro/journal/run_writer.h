@@ -77,7 +77,6 @@ private:
     };
 
     OpenRun& journal();
-    void begin(std::vector<Waiting>& batch);
     void wait_for_room();
     TemporaryNames names();
     std::string temporary_name(const std::string& folder);

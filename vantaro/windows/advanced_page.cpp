@@ -88,9 +88,7 @@ public:
     }
 
 private:
-    QString current_mistake() const {
-        return node_.is_integer && typed_ ? find_mistake(*typed_) : QString();
-    }
+    QString current_mistake() const { return node_.is_integer && typed_ ? find_mistake(*typed_) : QString(); }
     QString current() const {
         return QString::fromStdString(text_of([&](TextSink& out) { node_.text->get_value(out); }));
     }

@@ -72,7 +72,8 @@ public:
     virtual ServiceRecord* get_service_list() = 0;
     /// Writes all configuration variables.
     virtual void get_config(StreamWriter& writer, AbortFlag& abort) = 0;
-    /// Reads configuration variables; those that do not occur keep their values.
+    /// Reads configuration variables; those that do not occur keep their values. Comes before any service is
+    /// used, and again whenever another process has stored some of them anew.
     /// Throws: vantaro_io::exception_io_data and the stream's own failures.
     virtual void set_config(StreamReader& reader, AbortFlag& abort) = 0;
     /// Tells the component where its library lies: the full path, and the file's name.

@@ -35,8 +35,7 @@ public:
     /// The tags that the file would hold: edit() of a copy of `before`, settled by its rules. Throws what
     /// actions throw, and exception_io naming the field when the file cannot hold what comes out.
     vantaro::TrackInfoRecord outcome(const Script& script, std::size_t row,
-                                     const vantaro::TrackInfoRecord& before,
-                                     const Action* skipped = nullptr);
+                                     const vantaro::TrackInfoRecord& before, const Action* skipped = nullptr);
 
     /// The tags that groups are made from have changed.
     void forget_groups() { group_tables_.clear(); }

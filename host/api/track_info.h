@@ -7,9 +7,8 @@
 //
 // Texts are NUL-terminated UTF-8. Pointers returned stay valid until the record is next changed. Field names
 // match without regard to case (ASCII letters); a field keeps its place and the spelling of its name when it
-// is set again. An empty value is a value. A field with no values left is removed. A record of a file knows the other
-// names that its tags have for a field (FieldRules).
-// A record belongs to one thread at a time.
+// is set again. An empty value is a value. A field with no values left is removed. A record of a file knows
+// the other names that its tags have for a field (FieldRules). A record belongs to one thread at a time.
 #pragma once
 
 #include <cstddef>
@@ -58,8 +57,8 @@ struct ReplayGain {
 class TrackInfo;
 
 /// What the tags of a file can hold: how they call a field, and what they make of its values. A record that
-/// was read from a file has the rules of its tags, and so has every copy of it, so that a preview shows what a
-/// run would write. Lives as long as the host. Any thread.
+/// was read from a file has the rules of its tags, and so has every copy of it, so that a preview shows what
+/// a run would write. Lives as long as the host. Any thread.
 class FieldRules {
 public:
     /// The name under which `info` has, or would get, what is called `name`: "ALBUMARTIST" for "ALBUM ARTIST"
@@ -85,8 +84,8 @@ public:
     virtual std::size_t value_count(std::size_t field) const = 0;
     /// Requires: value < value_count(field).
     virtual const char* value(std::size_t field, std::size_t value) const = 0;
-    /// Makes `value` the only value of the field; creates the field behind the others when it is absent, under
-    /// the name that the rules resolve it to.
+    /// Makes `value` the only value of the field; creates the field behind the others when it is absent,
+    /// under the name that the rules resolve it to.
     virtual void set_field(const char* name, const char* value) = 0;
     /// Appends a value to the field, creating the field when it is absent.
     virtual void add_value(const char* name, const char* value) = 0;

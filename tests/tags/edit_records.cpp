@@ -1,5 +1,5 @@
-// edit_records: does to records of tags what scripts do, and says what a preview shows, what a run would write
-// and what reading it gives then; no file is changed.
+// edit_records: does to records of tags what scripts do, and says what a preview shows, what a run would
+// write and what reading it gives then; no file is changed.
 //
 // Standard input: a line {"path", "edit", "name", "value"} each. Standard output: a line each with "before",
 // "preview" or "preview_error", "file" or "file_error".

@@ -1,6 +1,7 @@
 #include "engine/run.h"
 
 #include "host/access.h"
+#include "host/shared/text.h"
 #include "script/script_library.h"
 
 namespace quorvex {
@@ -23,6 +24,14 @@ bool ScriptFilter::apply(TrackHandle* track, const FileStats&, TrackInfo& info) 
         }
     }
     return changed;
+}
+
+std::string description_of(const Script& script) {
+    if (script.empty())
+        return "a script without actions";
+    const std::size_t others = script.size() - 1;
+    return first_line(text_of([&](TextSink& out) { script.front()->get_description(out); }))
+           + (others == 0 ? "" : " and " + std::to_string(others) + " more");
 }
 
 void run_script(const Script& script, const TrackList& tracks, WindowHandle parent,

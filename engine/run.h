@@ -10,6 +10,7 @@
 #include "script/stored_script.h"
 
 #include <optional>
+#include <string>
 
 namespace quorvex {
 
@@ -32,6 +33,9 @@ private:
 /// The live actions of a stored script. When some of it cannot be loaded, asks whether to go on with the
 /// rest; nothing when the answer is no.
 std::optional<Script> load_script_or_ask(const StoredScript& stored, vantaro::WindowHandle parent);
+
+/// What a run of a script without a name is called: its first action, and how many follow.
+std::string description_of(const Script& script);
 
 /// Starts editing the tracks. `notify` (may be nullptr) hears of the end as vantaro::update_result says; with
 /// no tracks nothing happens and it is never called.

@@ -20,15 +20,6 @@ void print_summary(const core::UpdateReport& report) {
     print_line(core::summary_line(report));
 }
 
-/// What remains of a script that has no name: its first action.
-std::string described(const Script& script) {
-    if (script.empty())
-        return "a script without actions";
-    const std::size_t others = script.size() - 1;
-    return first_line(text_of([&](TextSink& out) { script.front()->get_description(out); }))
-           + (others == 0 ? "" : " and " + std::to_string(others) + " more");
-}
-
 class PrintRun final : public core::UpdateLines {
 public:
     PrintRun(core::Terminal& terminal, bool json)
@@ -91,7 +82,7 @@ int run(Session& session, const RunOptions& options) {
         && !read_for_groups(session, tracks))
         return core::exit_status::interrupted;
     session.host.tag_io().set_activity(
-        "run " + (has_lasting_name(options.script) ? options.script : described(*script)));
+        "run " + (has_lasting_name(options.script) ? options.script : description_of(*script)));
     session.next_watcher = std::make_unique<PrintRun>(session.terminal, options.json);
     run_script(*script, tracks, nullptr, nullptr);
     session.host.wait_until_idle();

@@ -64,6 +64,8 @@ public:
     /// Called once before the call of notify(), by hosts that have something to say: one or a few sentences
     /// in one line, UTF-8, borrowed for the call.
     virtual void summarise(const char* text) = 0;
+    /// What the update does, for the list of runs: a few words. Called while the update is being started.
+    virtual void get_activity(TextSink& out) = 0;
 
 protected:
     ~UpdateNotify() = default;

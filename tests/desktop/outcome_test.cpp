@@ -23,6 +23,7 @@ using testing::HasSubstr;
 class ToldOf final : public HeapService<UpdateNotify> {
 public:
     void summarise(const char* text) override { told.emplace_back(text); }
+    void get_activity(TextSink& out) override { set_text(out, "set a genre"); }
     void notify(std::uint32_t code) override { told.push_back("ended " + std::to_string(code)); }
     std::vector<std::string> told;
 };
@@ -44,6 +45,7 @@ TEST_F(Outcome, OfARunIsTold) {
     load(album_);
     run_on(0);
     EXPECT_EQ(status(), "1 file changed. Ctrl+Z takes it back.");
+    EXPECT_EQ(host_.runs().runs().front().start.activity, "set a genre");
     EXPECT_THAT(notify_->told, ElementsAre("1 file changed. Ctrl+Z takes it back.", "ended 0"));
     run_on(0);
     EXPECT_EQ(status(), "No files changed.");

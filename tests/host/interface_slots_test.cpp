@@ -72,7 +72,8 @@ TEST(InterfaceSlots, OfTracks) {
     SERVICE(TrackFilter, "{A5F0B0C7-3E7E-4C0A-9C57-6D40F8D1C3E9}", &I::apply);
     SERVICE(HostTagIO, "{64D18B80-5E97-40E4-A30C-A4640C60BCE5}", &I::resolve_location,
             &I::add_change_listener, &I::remove_change_listener);
-    SERVICE(UpdateNotify, "{8476B102-BF1C-43D6-8F80-BDD4E2E28CCD}", &I::notify, &I::summarise);
+    SERVICE(UpdateNotify, "{8476B102-BF1C-43D6-8F80-BDD4E2E28CCD}", &I::notify, &I::summarise,
+            &I::get_activity);
     SERVICE(HostTagIOUpdate, "{265C4ECE-FFB2-4299-91B5-6CA6603DA153}", &I::resolve_location,
             &I::add_change_listener, &I::remove_change_listener, &I::update_async);
     SERVICE(InputInfoReader, "{D4A7F3B2-6C1E-4D59-8F0A-2B5E9C7D1A46}", &I::get_file_stats, &I::get_info);

@@ -119,8 +119,9 @@ TEST_F(ScriptRoad, OfEveryKindAddedRunAndTakenBack) {
     answer_next(QMessageBox::Yes);
     window().undo_last_run();
     ASSERT_TRUE(wait_until_idle());
-    EXPECT_THAT(take_asked(), AllOf(StartsWith("Undo last run: The run \"Quorvex\" of "),
-                                    HasSubstr(" changed 10 files. Give each")));
+    EXPECT_THAT(take_asked(),
+                AllOf(StartsWith("Undo last run: The run \"Set \"MOOD\" = \"Calm\" and 14 more\" of "),
+                      HasSubstr(" changed 10 files. Give each")));
     EXPECT_EQ(bytes(), before);
     EXPECT_EQ(editor.previews(), preview) << "it follows the files";
     EXPECT_EQ(listed_title(0), "Morning Tide");

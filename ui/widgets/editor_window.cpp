@@ -184,7 +184,8 @@ void EditorWindow::run() {
     setEnabled(false);
     preview_.pause();
     run_notify_.renew([this](std::uint32_t code) { end_run(code); },
-                      [this](const char* text) { preview_.show_outcome(QString::fromUtf8(text)); });
+                      [this](const char* text) { preview_.show_outcome(QString::fromUtf8(text)); },
+                      description_of(actions_.script()));
     try {
         run_script(actions_.script(), preview_.rows().tracks(), static_cast<QWidget*>(this),
                    run_notify_.get());

@@ -10,6 +10,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace quorvex {
 
@@ -25,18 +26,20 @@ public:
     RevocableNotify(const RevocableNotify&) = delete;
     RevocableNotify& operator=(const RevocableNotify&) = delete;
 
-    /// Makes a new notify in place of the last, which no longer does anything.
-    void renew(Call call, Summarise summarise = {}) {
+    /// Makes a new notify in place of the last, which no longer does anything. `activity`: what it is for,
+    /// where it is for an update.
+    void renew(Call call, Summarise summarise = {}, std::string activity = {}) {
         revoke();
-        notify_ = vantaro::make_service<Notify>(std::move(call), std::move(summarise));
+        notify_ = vantaro::make_service<Notify>(std::move(call), std::move(summarise), std::move(activity));
     }
     vantaro::CompletionNotify* get() const { return notify_.get(); }
 
 private:
     class Notify final : public vantaro::HeapService<vantaro::UpdateNotify> {
     public:
-        Notify(Call call, Summarise summarise)
-            : call_(std::make_shared<Call>(std::move(call))), summarise_(std::move(summarise)) {}
+        Notify(Call call, Summarise summarise, std::string activity)
+            : call_(std::make_shared<Call>(std::move(call))), summarise_(std::move(summarise)),
+              activity_(std::move(activity)) {}
         void notify(std::uint32_t code) override {
             // The call may end the window, and this with it.
             if (const std::shared_ptr<Call> call = call_)
@@ -46,6 +49,7 @@ private:
             if (summarise_)
                 summarise_(text);
         }
+        void get_activity(vantaro::TextSink& out) override { vantaro::set_text(out, activity_); }
         void revoke() {
             call_.reset();
             summarise_ = {};
@@ -54,6 +58,7 @@ private:
     private:
         std::shared_ptr<Call> call_;
         Summarise summarise_;
+        const std::string activity_;
     };
 
     void revoke() {

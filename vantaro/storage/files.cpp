@@ -1,5 +1,6 @@
 #include "vantaro/storage/files.h"
 
+#include "host/api/exceptions.h"
 #include "vantaro/common/system_error.h"
 
 #include <fcntl.h>
@@ -9,11 +10,13 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 namespace vantaro::core {
@@ -87,9 +90,16 @@ void FileDescriptor::sync() {
 }
 
 FileLock::FileLock(const std::string& path) : file_(path, O_RDWR | O_CREAT) {
-    while (::flock(file_.get(), LOCK_EX) != 0)
-        if (errno != EINTR)
+    constexpr auto patience = std::chrono::seconds(10); // who holds it may be stopped
+    constexpr auto pause = std::chrono::milliseconds(5);
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EINTR && errno != EWOULDBLOCK)
             fail(path);
+        if (std::chrono::steady_clock::now() > end)
+            throw vantaro_io::exception_io(path + " is held by another program that does not let go of it");
+        std::this_thread::sleep_for(pause);
+    }
 }
 
 std::string follow_links(const std::string& path) {

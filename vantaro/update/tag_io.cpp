@@ -135,7 +135,12 @@ void TagIO::update_async(TrackHandle* const* tracks, std::size_t count, TrackFil
     own_tracks.reserve(count);
     for (std::size_t i = 0; i < count; ++i)
         own_tracks.push_back(static_cast<Track*>(tracks[i])); // handles come from this host's table only
-    start_update(own_tracks, *filter, make_watcher_(count, parent), notify);
+    auto watcher = make_watcher_(count, parent);
+    if (const auto caller = notify ? query_interface<UpdateNotify>(*notify) : Ref<UpdateNotify>())
+        if (std::string activity = text_of([&](TextSink& out) { caller->get_activity(out); });
+            !activity.empty())
+            activity_ = std::move(activity);
+    start_update(own_tracks, *filter, std::move(watcher), notify);
 }
 
 void TagIO::start_update(const std::vector<Track*>& tracks, TrackFilter& filter,

@@ -107,8 +107,8 @@ std::vector<FieldChange> normalised(std::span<const FieldChange> changes, const 
         result.push_back(std::move(change));
     }
     // What is called otherwise is a field of its own only beside the customary name.
-    std::ranges::stable_partition(
-        result, [&](const FieldChange& change) { return same_name(change, resolve(change.name)); });
+    std::stable_partition(result.begin(), result.end(),
+                          [&](const FieldChange& change) { return same_name(change, resolve(change.name)); });
     part_pairs(result);
     return result;
 }

@@ -190,8 +190,9 @@ private:
     /// Other names are fields of their own only beside them.
     template <class Named>
     void own_names_first(std::vector<Named>& fields) const {
-        std::ranges::stable_partition(
-            fields, [&](const Named& field) { return same_text(field_of(field.name), field.name); });
+        std::stable_partition(fields.begin(), fields.end(), [&](const Named& field) {
+            return same_text(field_of(field.name), field.name);
+        });
     }
 
     /// Gives `info`, of the fields in `touched`, those that are in `fields`.

@@ -33,8 +33,9 @@ protected:
         editor.control<QComboBox>(script_name).setEditText(name);
         return editor;
     }
-    core::AbortSignal interrupt_;
-    core::LocalFileSystem files_{interrupt_};
+    // The host that has it goes after the fixture's members.
+    static inline core::AbortSignal interrupt_;
+    static inline core::LocalFileSystem files_{interrupt_};
 
     static std::string stored(const std::string& name) {
         const auto found = script_library().find_script(name);

@@ -9,12 +9,11 @@
 
 #include "vantaro/common/present.h"
 #include "vantaro/journal/run_writer.h"
-#include "vantaro/safe_write/edit_stream.h"
+#include "vantaro/safe_write/prepare.h"
 #include "vantaro/tags/tag_file.h"
 
 #include <fileref.h>
 #include <tag.h>
-#include <tfilestream.h>
 #include <tpropertymap.h>
 
 #include <unistd.h>
@@ -96,8 +95,12 @@ void write_with_taglib(const std::string& path, const Changes& changes) {
 }
 
 void write_in_place(const std::string& path, const Changes& changes) {
-    TagLib::FileStream stream(path.c_str());
-    write_tags(stream, changes);
+    OpenFile file = OpenFile::open_for_change(real_system_calls(), path);
+    const FileEdit edit = write_tags(file, changes).edit;
+    const TemporaryNames names{[](const std::string& folder) { return folder + "/temporary"; },
+                               [](const std::string&) {}};
+    PreparedChange change = prepare_change(std::move(file), edit, {}, names);
+    apply_change(change);
 }
 
 void write_safely(const std::vector<std::string>& paths, const Changes& changes, const fs::path& runs) {
@@ -105,9 +108,7 @@ void write_safely(const std::vector<std::string>& paths, const Changes& changes,
     RunWriter writer(store, {present(), "benchmark", 0});
     for (const std::string& path : paths) {
         OpenFile file = OpenFile::open_for_change(store.calls(), path);
-        EditStream stream(file);
-        write_tags(stream, changes);
-        const FileEdit edit = stream.edit();
+        const FileEdit edit = write_tags(file, changes).edit;
         writer.submit(writer.prepare(std::move(file), edit, {}), [&path](const WrittenFile& written) {
             if (!written.error.empty())
                 std::cerr << path << ": " << written.error << '\n';

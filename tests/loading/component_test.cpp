@@ -3,6 +3,7 @@
 #include "component/entry/client.h"
 #include "engine/run.h"
 #include "script/action_registry.h"
+#include "tests/support/edit_file.h"
 #include "tests/support/temporary_folder.h"
 #include "vantaro/application/argument_distributor.h"
 #include "vantaro/application/host.h"
@@ -12,8 +13,6 @@
 #include <QCoreApplication>
 
 #include <gmock/gmock.h>
-
-#include <tfilestream.h>
 
 namespace vantaro::core {
 namespace {
@@ -93,10 +92,7 @@ TEST_F(ComponentTest, AKindOfSomebodyElsesRunsInAScript) {
     for (const char* file : {"a.flac", "b.flac"})
         std::filesystem::copy_file(
             std::filesystem::path(QUORVEX_SAMPLES) / "album/02 - Gulls over Slate.flac", folder.path(file));
-    {
-        TagLib::FileStream stream(folder.path("b.flac").c_str());
-        write_tags(stream, std::vector<FieldChange>{{"TITLE", {"palindrome"}}});
-    }
+    test::edit_file(folder.path("b.flac"), {{"TITLE", {"palindrome"}}});
     Host host(setup);
     host.add_built_in(vantaro_get_interface, "vnt_quorvex.dll");
     host.load_components();

@@ -3,12 +3,13 @@
 //
 // Standard input: a line {"path", "edit", "name", "value"} each. Standard output: a line each with "before",
 // "preview" or "preview_error", "file" or "file_error".
-#include "vantaro/safe_write/edit_stream.h"
 #include "vantaro/tags/tag_file.h"
 
 #include <nlohmann/json.hpp>
 
+#include <fstream>
 #include <iostream>
+#include <iterator>
 
 using namespace vantaro;
 using Json = nlohmann::json;
@@ -45,12 +46,20 @@ void edit(TrackInfo& info, const std::string& how, const char* name, const char*
                 info.remove_fields(MaskOne(i));
 }
 
+core::MemorySource whole(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {path, std::string(std::istreambuf_iterator<char>(file), {})};
+}
+
+core::MemorySource edited(const core::MemorySource& file, const core::FileEdit& edit) {
+    return {file.path(), core::edited_bytes(edit, file.bytes())};
+}
+
 Json answer(const Json& line) {
     Json result = Json::object();
-    core::OpenFile file = core::OpenFile::open_for_change(core::real_system_calls(), line.at("path"));
-    core::EditStream stream(file);
+    const core::MemorySource file = whole(line.at("path"));
     TrackInfoRecord before;
-    core::read_tags(stream, before);
+    core::read_tags(file, before);
     result["before"] = fields_of(before);
     TrackInfoRecord after = before;
     const std::string name = line.at("name");
@@ -65,9 +74,10 @@ Json answer(const Json& line) {
         after = raw;
     }
     try {
-        core::write_tags(stream, core::field_changes(before.fields(), after.fields()));
+        const core::WriteResult result_of_writing =
+            core::write_tags(file, core::field_changes(before.fields(), after.fields()));
         TrackInfoRecord written;
-        core::read_tags(stream, written);
+        core::read_tags(edited(file, result_of_writing.edit), written);
         result["file"] = fields_of(written);
     } catch (const std::exception& error) {
         result["file_error"] = error.what();

@@ -1,6 +1,5 @@
 // edit_tags FILE CHANGE...: CHANGE is NAME=VALUE, with further values behind backslashes, or NAME alone,
 // which removes the field.
-#include "vantaro/safe_write/edit_stream.h"
 #include "vantaro/safe_write/prepare.h"
 #include "vantaro/tags/tag_file.h"
 
@@ -22,9 +21,7 @@ int main(int argc, char** argv) {
         }
         vantaro::core::OpenFile file = vantaro::core::OpenFile::open_for_change(
             vantaro::core::real_system_calls(), argc > 1 ? argv[1] : "");
-        vantaro::core::EditStream stream(file);
-        vantaro::core::write_tags(stream, changes);
-        const vantaro::core::FileEdit edit = stream.edit();
+        const vantaro::core::FileEdit edit = vantaro::core::write_tags(file, changes).edit;
         if (edit.empty())
             return 0;
         const vantaro::core::TemporaryNames names{

@@ -39,7 +39,7 @@ def table_of(extension):
 
 def names_of(table):
     """(field, another name for it or None, whether it stands for it only where it is alone) of each row."""
-    text = (SOURCES / f"{table}_places.h").read_text()
+    text = (SOURCES / table / f"{table}_places.h").read_text()
     prefix = TABLES[table]
     rows = re.findall(r'\{"([^"]+)", "((?:[^"\\]|\\.)+)"(, true)?\}', text)
     result = {(field, None, False) for field, _, _ in rows}

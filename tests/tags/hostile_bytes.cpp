@@ -4,8 +4,6 @@
 #include "host/api/exceptions.h"
 #include "vantaro/tags/tag_file.h"
 
-#include <tbytevectorstream.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
@@ -21,19 +19,20 @@ const std::vector<core::FieldChange> changes{
     {"ARTIST", {"One", "Two"}}, {"COMMENT", {}}, {"TOTALTRACKS", {"9"}}};
 
 // Returns whether the file was editable.
-bool edit(const std::string& bytes) {
-    TagLib::ByteVectorStream stream(TagLib::ByteVector(bytes.data(), static_cast<unsigned>(bytes.size())));
+bool edit(const std::string& path, const std::string& bytes) {
+    std::string edited;
+    const core::MemorySource file(path, bytes);
     TrackInfoRecord info;
     try {
-        core::read_tags(stream, info);
+        core::read_tags(file, info);
     } catch (const vantaro_io::exception_io&) {
     }
     try {
-        core::write_tags(stream, changes);
+        edited = core::edited_bytes(core::write_tags(file, changes).edit, bytes);
     } catch (const vantaro_io::exception_io&) {
         return false;
     }
-    core::read_tags(stream, info);
+    core::read_tags(core::MemorySource(path, edited), info);
     const std::size_t artist = info.find_field("ARTIST");
     if (artist == no_field || info.value_count(artist) != 2)
         throw std::runtime_error("the edit cannot be read back");
@@ -101,13 +100,13 @@ int main(int argc, char** argv) {
         int editable = 0;
         const auto check = [&](const char* kind, int round, const std::string& damaged) {
             try {
-                editable += edit(damaged) ? 1 : 0;
+                editable += edit(argv[i], damaged) ? 1 : 0;
             } catch (const std::exception& error) {
                 std::cerr << argv[i] << ", " << kind << " " << round << ": " << error.what() << '\n';
                 std::exit(1);
             }
         };
-        if (bytes.empty() || !edit(bytes)) {
+        if (bytes.empty() || !edit(argv[i], bytes)) {
             std::cerr << argv[i] << " is no audio file\n";
             return 1;
         }

@@ -1,14 +1,13 @@
 // Updates of real files: order, failures, interruption, and several names of one file.
 
 #include "host/api/exceptions.h"
+#include "tests/support/edit_file.h"
 #include "tests/support/temporary_folder.h"
 #include "vantaro/tags/tag_file.h"
 #include "vantaro/update/shared_files.h"
 #include "vantaro/update/update_job.h"
 
 #include <gtest/gtest.h>
-
-#include <tfilestream.h>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -175,9 +174,7 @@ TEST_F(UpdateJobTest, OnlyAnotherTagIsAChangeWhileAFileWaits) {
         {"tags, and the time kept",
          [](const std::string& path) {
              const auto time = std::filesystem::last_write_time(path);
-             TagLib::FileStream stream(path.c_str());
-             const FieldChange change{"ALBUM", {"by another program"}};
-             write_tags(stream, {&change, 1});
+             test::edit_file(path, {{"ALBUM", {"by another program"}}});
              std::filesystem::last_write_time(path, time);
          },
          State::failed},
@@ -435,8 +432,7 @@ TEST_F(UpdateJobTest, AFileThatChangesMeanwhileIsLeftAlone) {
     std::string changed;
     run([&](TrackHandle& track, TrackInfo& info) {
         // Another program writes between our reading and our writing.
-        TagLib::FileStream stream(track.path());
-        write_tags(stream, std::vector<FieldChange>{{"ALBUM", {"Somebody else's"}}});
+        test::edit_file(track.path(), {{"ALBUM", {"Somebody else's"}}});
         const timespec times[2] = {{0, UTIME_OMIT}, {12345, 0}};
         ::utimensat(AT_FDCWD, track.path(), times, 0);
         changed = folder.read("a.flac");

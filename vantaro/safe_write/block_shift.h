@@ -7,7 +7,8 @@
 // shifts one extent a transaction.
 #pragma once
 
-#include "vantaro/safe_write/file_edit.h"
+#include "vantaro/common/file_edit.h"
+#include "vantaro/safe_write/open_file.h"
 
 #include <cstdint>
 #include <optional>

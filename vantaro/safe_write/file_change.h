@@ -9,7 +9,8 @@
 // Any thread, one at a time for a file.
 #pragma once
 
-#include "vantaro/safe_write/file_edit.h"
+#include "vantaro/common/file_edit.h"
+#include "vantaro/safe_write/open_file.h"
 
 #include <cstdint>
 #include <optional>

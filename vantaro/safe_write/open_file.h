@@ -8,6 +8,7 @@
 // exception_io_denied, or exception_io with the system's text; none of them names the file.
 #pragma once
 
+#include "vantaro/common/byte_source.h"
 #include "vantaro/common/file_identity.h"
 #include "vantaro/safe_write/system_calls.h"
 
@@ -19,7 +20,7 @@ namespace vantaro::core {
 /// Whether a file that somebody else has locked is waited for.
 enum class Wait { no, a_moment };
 
-class OpenFile {
+class OpenFile final : public ByteSource {
 public:
     /// Opens what is there.
     static OpenFile open(SystemCalls& calls, const std::string& path, int flags);
@@ -36,11 +37,11 @@ public:
     static OpenFile open_itself(SystemCalls& calls, const std::string& path, int flags);
     /// Takes over an open descriptor. Requires: descriptor >= 0.
     OpenFile(SystemCalls& calls, int descriptor, std::string path);
-    ~OpenFile();
+    ~OpenFile() override;
     OpenFile(OpenFile&& other) noexcept;
     OpenFile& operator=(OpenFile&& other) noexcept;
 
-    const std::string& path() const { return path_; }
+    const std::string& path() const override { return path_; }
     int descriptor() const { return descriptor_; }
     SystemCalls& calls() const { return *calls_; }
 
@@ -55,7 +56,9 @@ public:
     /// Up to `size` bytes, fewer only at the end of the file.
     std::string read(std::uint64_t offset, std::size_t size) const;
     /// The same into a buffer; returns how many bytes there were.
-    std::size_t read(std::uint64_t offset, char* buffer, std::size_t size) const;
+    std::size_t read(std::uint64_t offset, char* buffer, std::size_t size) const override;
+    /// As it is now.
+    std::uint64_t size() const override { return identity().size; }
     void write(std::uint64_t offset, std::string_view bytes) const;
     void truncate(std::uint64_t size) const;
     void shift(std::uint64_t offset, std::int64_t size) const;

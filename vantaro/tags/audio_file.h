@@ -1,15 +1,13 @@
 // An audio file with its tags in memory: what read_tags and write_tags work on.
 #pragma once
 
-#include "vantaro/tags/format.h"
+#include "vantaro/tags/audio/properties.h"
+#include "vantaro/tags/file_bytes.h"
+#include "vantaro/tags/formats.h"
 #include "vantaro/tags/tag_store.h"
 
 #include <memory>
 #include <vector>
-
-namespace TagLib {
-class IOStream;
-}
 
 namespace vantaro::core::tags {
 
@@ -21,31 +19,33 @@ public:
     virtual std::vector<TagStore*> tags() = 0;
     /// Adds the tag that is customary for the format; null when the file has it already.
     virtual TagStore* add_customary_tag() = 0;
-    /// Writes the tags back.
-    virtual void save() = 0;
-    /// The part of the stream that holds the audio, without the tags around it.
-    virtual std::size_t audio_start() const { return 0; }
-    virtual std::size_t audio_end(std::size_t stream_size) const { return stream_size; }
+    /// What writes the tags back. Throws exception_io with the reason when the format cannot hold them.
+    virtual FileEdit edit() = 0;
+    /// What can be said of the audio. Throws exception_io_data when its header is damaged.
+    virtual AudioProperties audio() = 0;
     /// The encoder, where the tag tells.
     virtual std::string tool() const { return {}; }
 
-    Format format() const { return format_; }
+    const Format& format() const { return format_; }
 
 protected:
-    explicit AudioFile(Format format) : format_(format) {}
+    explicit AudioFile(const Format& format) : format_(format) {}
 
 private:
-    Format format_;
+    const Format& format_;
 };
 
-/// `stream` outlives the result. Throws exception_io_data when it is no audio file.
-std::unique_ptr<AudioFile> open_audio_file(TagLib::IOStream& stream);
+/// `file` outlives the result. Throws exception_io_data when it is no audio file.
+std::unique_ptr<AudioFile> open_audio_file(FileBytes& file);
 
-/// Those of the kinds of container; `start` is where the format's own bytes begin.
-std::unique_ptr<AudioFile> open_wrapped_file(TagLib::IOStream& stream, Format format, std::size_t start);
-std::unique_ptr<AudioFile> open_ogg_file(TagLib::IOStream& stream, Format format);
-std::unique_ptr<AudioFile> open_riff_file(TagLib::IOStream& stream, Format format);
-std::unique_ptr<AudioFile> open_mp4_file(TagLib::IOStream& stream);
-std::unique_ptr<AudioFile> open_asf_file(TagLib::IOStream& stream);
+/// Those of the kinds of container; `start` is where the format's own bytes begin, behind ID3v2 tags.
+/// Tags around the audio: ID3v2 in front, APE and ID3v1 behind.
+std::unique_ptr<AudioFile> open_wrapped_file(FileBytes& file, const Format& format, std::size_t start);
+/// The same with a Vorbis comment within.
+std::unique_ptr<AudioFile> open_flac_file(FileBytes& file, const Format& format, std::size_t start);
+std::unique_ptr<AudioFile> open_ogg_file(FileBytes& file, const Format& format, std::size_t start);
+std::unique_ptr<AudioFile> open_riff_file(FileBytes& file, const Format& format, std::size_t start);
+std::unique_ptr<AudioFile> open_mp4_file(FileBytes& file, const Format& format, std::size_t start);
+std::unique_ptr<AudioFile> open_asf_file(FileBytes& file, const Format& format, std::size_t start);
 
 } // namespace vantaro::core::tags

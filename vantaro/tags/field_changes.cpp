@@ -154,8 +154,7 @@ void apply_changes(AudioFile& file, std::span<const FieldChange> changes) {
             return;
     }
     if (refusal.empty())
-        refusal =
-            unmet->name + ": " + std::string(format_name(file.format())) + " files cannot hold this value";
+        refusal = unmet->name + ": " + std::string(file.format().name) + " files cannot hold this value";
     throw vantaro_io::exception_io(refusal);
 }
 

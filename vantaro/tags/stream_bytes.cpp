@@ -39,20 +39,4 @@ void replace_bytes(TagLib::IOStream& stream, std::size_t start, std::size_t size
     }
 }
 
-TagLib::ByteVector WindowStream::readBlock(unsigned long length) {
-    const long left = std::max(size_ - position_, 0L);
-    length = std::min(length, static_cast<unsigned long>(left));
-    if (length == 0)
-        return {};
-    stream_.seek(start_ + position_);
-    TagLib::ByteVector bytes = stream_.readBlock(length);
-    position_ += static_cast<long>(bytes.size());
-    return bytes;
-}
-
-void WindowStream::seek(long offset, Position position) {
-    const long base = position == Beginning ? 0 : position == Current ? position_ : size_;
-    position_ = std::max(base + offset, 0L);
-}
-
 } // namespace vantaro::core::tags

@@ -4,7 +4,7 @@
 //     read_tags(path, before);
 //     TrackInfoRecord after(before);
 //     after.set_field("GENRE", "Jazz");
-//     write_tags(stream, field_changes(before.fields(), after.fields()));
+//     FileEdit edit = write_tags(file, field_changes(before.fields(), after.fields())).edit;
 //
 // Formats: MP3, FLAC, Ogg Vorbis, Opus, Ogg FLAC, Speex, MP4, WavPack, Monkey's Audio, Musepack, True Audio,
 // WAV, AIFF, ASF. The format is told by the content, by the extension of the name only when the content does
@@ -36,15 +36,12 @@
 
 #include "host/api/abort_flag.h"
 #include "host/api/track_info_record.h"
+#include "vantaro/common/file_edit.h"
 
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
-
-namespace TagLib {
-class IOStream;
-}
 
 namespace vantaro::core {
 
@@ -76,30 +73,28 @@ std::vector<FieldChange> field_changes(const std::vector<TrackField>& before,
 /// damaged.
 void read_tags(const std::string& path, TrackInfoRecord& info, const AbortFlag* abort = nullptr);
 
-/// The same on an open stream; the file is not opened again beside it. The stream's name gives the extension.
-void read_tags(TagLib::IOStream& stream, TrackInfoRecord& info, const AbortFlag* abort = nullptr);
+/// The same of a file that is open already.
+void read_tags(const ByteSource& file, TrackInfoRecord& info, const AbortFlag* abort = nullptr);
 
 /// What writing came to.
 struct WriteResult {
-    /// False when the file says the same already ("3/9" for a TRACKNUMBER and its total); it is then
-    /// untouched.
-    bool is_written = false;
-    /// All fields as the file has them now.
+    /// All fields as the file has them then.
     std::vector<TrackField> fields;
+    /// What is to be replaced in the file; empty when it says the same already ("3/9" for a TRACKNUMBER and
+    /// its total).
+    FileEdit edit;
 };
 
-/// Makes exactly these changes and keeps everything else. Of several changes of one field the last one
-/// counts. A TRACKNUMBER (DISCNUMBER, MOVEMENTNUMBER) of the form "3/12" sets the total too, unless the
-/// changes name the total. MP4 stores numbers: "03" is read back as "3".
+/// What makes exactly these changes and keeps everything else; the file is not touched. Of several changes of
+/// one field the last one counts. A TRACKNUMBER (DISCNUMBER, MOVEMENTNUMBER) of the form "3/12" sets the
+/// total too, unless the changes name the total. MP4 stores numbers: "03" is read back as "3".
 ///
 /// ID3v2 stays in the version that it has; 2.2 becomes 2.3, and 2.3 becomes 2.4 when a changed field has
 /// several values, which only 2.4 has a form for.
 ///
-/// Throws what read_tags throws; exception_io_denied when the stream may not be written; exception_io naming
-/// the field and the reason when the format cannot hold a name or a value. The stream is untouched then. A
-/// failure of the stream, or an abort, while the new tags are written can leave it half written: hand in one
-/// that keeps the edit apart from the file (EditStream).
-WriteResult write_tags(TagLib::IOStream& stream, std::span<const FieldChange> changes,
+/// Throws what read_tags throws, and exception_io naming the field and the reason when the format cannot hold
+/// a name or a value.
+WriteResult write_tags(const ByteSource& file, std::span<const FieldChange> changes,
                        const AbortFlag* abort = nullptr);
 
 /// Whether the extension is one of an audio format that read_tags knows. Looks at the name only.

@@ -1,21 +1,11 @@
 #include "vantaro/tags/tag_rules.h"
 
 #include "host/api/exceptions.h"
-#include "vantaro/tags/ape_fields.h"
-#include "vantaro/tags/ape_places.h"
-#include "vantaro/tags/asf_fields.h"
-#include "vantaro/tags/asf_places.h"
 #include "vantaro/tags/field_changes.h"
-#include "vantaro/tags/id3v2_fields.h"
-#include "vantaro/tags/id3v2_places.h"
-#include "vantaro/tags/mp4_fields.h"
-#include "vantaro/tags/mp4_places.h"
 #include "vantaro/tags/number_pair.h"
-#include "vantaro/tags/xiph_fields.h"
-#include "vantaro/tags/xiph_places.h"
+#include "vantaro/tags/tag_kinds.h"
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -26,64 +16,11 @@ namespace vantaro::core::tags {
 
 namespace {
 
-/// A kind of tag that can hold any field; ID3v1 and INFO, which cannot, have no rules of their own.
-struct Kind {
-    std::string_view name; ///< as TagStore::kind gives it
-    std::span<const FieldPlace> table;
-    std::string_view prefix; ///< of places whose rest is a name that anybody may give
-    std::unique_ptr<TagStore> (*make)();
-};
-
-std::unique_ptr<TagStore> make_id3v23() {
-    constexpr std::string_view empty_tag("ID3\3\0\0\0\0\0\0", 10);
-    return std::make_unique<Id3v2Fields>(empty_tag);
+const TagKind& customary_kind(const Format& format) {
+    return *find_kind(format.customary_tag);
 }
 
-template <class Store>
-std::unique_ptr<TagStore> make() {
-    return std::make_unique<Store>();
-}
-
-constexpr std::array<Kind, 6> kinds{{
-    {"Vorbis comment", xiph_places, "", make<XiphFields>},
-    {"ID3v2.4", id3v2_places, "TXXX:", make<Id3v2Fields>},
-    {"ID3v2.3", id3v2_places, "TXXX:", make_id3v23},
-    {"APEv2", ape_places, "", make<ApeFields>},
-    {"MP4", mp4_places, "--:", make<Mp4Fields>},
-    {"ASF", asf_places, "", make<AsfFields>},
-}};
-
-const Kind* find_kind(std::string_view name) {
-    const auto found = std::ranges::find(kinds, name, &Kind::name);
-    return found == kinds.end() ? nullptr : &*found;
-}
-
-const Kind& customary_kind(Format format) {
-    switch (format) {
-    case Format::flac:
-    case Format::vorbis:
-    case Format::opus:
-    case Format::ogg_flac:
-    case Format::speex:
-        return *find_kind("Vorbis comment");
-    case Format::wavpack:
-    case Format::monkeys_audio:
-    case Format::musepack:
-        return *find_kind("APEv2");
-    case Format::mp4:
-        return *find_kind("MP4");
-    case Format::asf:
-        return *find_kind("ASF");
-    case Format::mpeg:
-    case Format::true_audio:
-    case Format::wav:
-    case Format::aiff:
-        break;
-    }
-    return *find_kind("ID3v2.4");
-}
-
-const FieldPlace* row_of_name(const Kind& kind, std::string_view name) {
+const FieldPlace* row_of_name(const TagKind& kind, std::string_view name) {
     for (const FieldPlace& row : kind.table)
         if (row.place.starts_with(kind.prefix) && same_text(row.place.substr(kind.prefix.size()), name))
             return &row;
@@ -93,8 +30,8 @@ const FieldPlace* row_of_name(const Kind& kind, std::string_view name) {
 /// Tags in memory that belong to no file.
 class MemoryFile final : public AudioFile {
 public:
-    MemoryFile(Format format, const std::vector<const Kind*>& kinds_of_tags) : AudioFile(format) {
-        for (const Kind* kind : kinds_of_tags)
+    MemoryFile(const Format& format, const std::vector<const TagKind*>& kinds_of_tags) : AudioFile(format) {
+        for (const TagKind* kind : kinds_of_tags)
             add(*kind);
     }
 
@@ -105,20 +42,21 @@ public:
         return result;
     }
     TagStore* add_customary_tag() override {
-        const Kind& customary = customary_kind(format());
+        const TagKind& customary = customary_kind(format());
         const bool is_there = std::ranges::any_of(
             tags_, [&](const Tag& tag) { return tag.kind->table.data() == customary.table.data(); });
         return is_there ? nullptr : add(customary);
     }
-    void save() override {}
+    FileEdit edit() override { return {}; }
+    AudioProperties audio() override { return {}; }
 
 private:
     struct Tag {
-        const Kind* kind;
+        const TagKind* kind;
         std::unique_ptr<TagStore> store;
     };
 
-    TagStore* add(const Kind& kind) {
+    TagStore* add(const TagKind& kind) {
         // The customary tag of FLAC, and of those with ID3v2, comes first.
         const bool is_first = &kind == &customary_kind(format());
         return tags_.insert(is_first ? tags_.begin() : tags_.end(), Tag{&kind, kind.make()})->store.get();
@@ -131,7 +69,8 @@ class TagRules final : public FieldRules {
 public:
     /// `kinds_of_tags`: of the tags that the file has, those that decide first; not empty. `alone`: the
     /// fields that stand in it under names only that stand for them only_alone.
-    TagRules(Format format, std::vector<const Kind*> kinds_of_tags, std::vector<std::string_view> alone)
+    TagRules(const Format& format, std::vector<const TagKind*> kinds_of_tags,
+             std::vector<std::string_view> alone)
         : format_(format), kinds_(std::move(kinds_of_tags)), alone_(std::move(alone)) {}
 
     const char* resolve(const TrackInfo& info, const char* name) const override {
@@ -208,12 +147,12 @@ private:
                        : info.add_value(field.name.c_str(), field.values[i].c_str());
     }
 
-    const Format format_;
-    const std::vector<const Kind*> kinds_;
+    const Format& format_;
+    const std::vector<const TagKind*> kinds_;
     const std::vector<std::string_view> alone_;
 };
 
-std::vector<std::string_view> fields_alone(const Kind& kind, const TagStore& tag,
+std::vector<std::string_view> fields_alone(const TagKind& kind, const TagStore& tag,
                                            const std::vector<TrackField>& fields) {
     std::vector<std::string_view> result;
     for (const FieldPlace& row : kind.table)
@@ -227,10 +166,10 @@ std::vector<std::string_view> fields_alone(const Kind& kind, const TagStore& tag
 } // namespace
 
 const FieldRules& rules_of(AudioFile& file, const std::vector<TrackField>& fields) {
-    std::vector<const Kind*> kinds_of_tags;
+    std::vector<const TagKind*> kinds_of_tags;
     std::vector<std::string_view> alone;
     for (const TagStore* tag : file.tags())
-        if (const Kind* kind = find_kind(tag->kind())) {
+        if (const TagKind* kind = find_kind(tag->kind())) {
             if (kinds_of_tags.empty())
                 alone = fields_alone(*kind, *tag, fields);
             kinds_of_tags.push_back(kind);
@@ -238,11 +177,11 @@ const FieldRules& rules_of(AudioFile& file, const std::vector<TrackField>& field
     if (kinds_of_tags.empty())
         kinds_of_tags.push_back(&customary_kind(file.format()));
 
-    using Key = std::tuple<Format, std::vector<const Kind*>, std::vector<std::string_view>>;
+    using Key = std::tuple<const Format*, std::vector<const TagKind*>, std::vector<std::string_view>>;
     static std::mutex mutex; // guards the next
     static std::map<Key, std::unique_ptr<TagRules>> made;
     const std::lock_guard lock(mutex);
-    std::unique_ptr<TagRules>& rules = made[{file.format(), kinds_of_tags, alone}];
+    std::unique_ptr<TagRules>& rules = made[{&file.format(), kinds_of_tags, alone}];
     if (!rules)
         rules = std::make_unique<TagRules>(file.format(), std::move(kinds_of_tags), std::move(alone));
     return *rules;

@@ -1,7 +1,6 @@
 #include "vantaro/update/update_job.h"
 
 #include "vantaro/journal/run_writer.h"
-#include "vantaro/safe_write/edit_stream.h"
 #include "vantaro/tags/tag_file.h"
 #include "vantaro/update/shared_files.h"
 
@@ -152,8 +151,7 @@ private:
         } catch (const vantaro_io::exception_io_data&) {
             const OpenFile file = OpenFile::open_undisturbed(settings_.runs.calls(), path);
             item.file = FileStatus::of(file.status());
-            EditStream stream(file);
-            read_tags(stream, item.outcome.before, &abort_);
+            read_tags(file, item.outcome.before, &abort_);
         }
     }
 
@@ -264,22 +262,20 @@ private:
         OpenFile file = OpenFile::open_for_change(settings_.runs.calls(), item.outcome.track->path());
         if (const FileStatus now = FileStatus::of(file.status()); now != item.file)
             look_again(item, file, now);
-        EditStream stream(file);
-        WriteResult result = write_tags(stream, item.changes, &abort_);
+        WriteResult result = write_tags(file, item.changes, &abort_);
         // What a preview has shown is what the file will hold, or nothing is written.
         const std::vector<FieldChange> broken = field_changes(result.fields, item.outcome.after.fields());
         if (!broken.empty())
             throw vantaro_io::exception_io(broken.front().name
                                            + ": the file would not hold what a preview shows");
         item.outcome.after.set_fields(std::move(result.fields));
-        const FileEdit edit = stream.edit();
-        if (edit.empty())
+        if (result.edit.empty())
             return std::nullopt;
         ChangeOptions options;
         options.seen = item.file;
         if (settings_.keeps_times)
             options.modified = item.file.identity.modified;
-        PreparedChange change = writer_.prepare(std::move(file), edit, options);
+        PreparedChange change = writer_.prepare(std::move(file), result.edit, options);
         if (change.replacement)
             files_.expect_successor(item.shared, item.file.identity, change.replacement->file().identity());
         return change;
@@ -289,8 +285,7 @@ private:
     /// set times late. What the edit was made of is its tags.
     void look_again(Item& item, const OpenFile& file, const FileStatus& now) {
         TrackInfoRecord present;
-        EditStream stream(file);
-        read_tags(stream, present, &abort_);
+        read_tags(file, present, &abort_);
         if (present.fields() != item.outcome.before.fields())
             throw vantaro_io::exception_io("The file has changed since its tags were read");
         if (now.identity.inode != item.file.identity.inode)

@@ -1,0 +1,168 @@
+// What TagLib says of the audio.
+#include "vantaro/tags/audio/properties.h"
+
+#include "host/api/exceptions.h"
+#include "vantaro/tags/audio/taglib_stream.h"
+#include "vantaro/tags/text.h"
+
+#include <aifffile.h>
+#include <apefile.h>
+#include <asffile.h>
+#include <id3v2framefactory.h>
+#include <mp4file.h>
+#include <mpcfile.h>
+#include <mpegfile.h>
+#include <oggflacfile.h>
+#include <oggpageheader.h>
+#include <opusfile.h>
+#include <speexfile.h>
+#include <trueaudiofile.h>
+#include <vorbisfile.h>
+#include <wavfile.h>
+#include <wavpackfile.h>
+
+namespace vantaro::core::tags {
+
+namespace {
+
+struct Audio {
+    std::string codec;
+    std::string profile;
+    bool lossless = false;
+    int bits = 0;
+};
+
+Audio describe(const TagLib::MPEG::Properties& properties) {
+    return {"MP" + std::to_string(properties.layer()), "", false, 0};
+}
+Audio describe(const TagLib::FLAC::Properties& properties) {
+    return {"FLAC", "", true, properties.bitsPerSample()};
+}
+Audio describe(const TagLib::Vorbis::Properties&) {
+    return {"Vorbis", "", false, 0};
+}
+Audio describe(const TagLib::Ogg::Opus::Properties&) {
+    return {"Opus", "", false, 0};
+}
+Audio describe(const TagLib::Ogg::Speex::Properties&) {
+    return {"Speex", "", false, 0};
+}
+Audio describe(const TagLib::MP4::Properties& properties) {
+    const bool lossless = properties.codec() == TagLib::MP4::Properties::ALAC;
+    return {lossless                                             ? "ALAC"
+            : properties.codec() == TagLib::MP4::Properties::AAC ? "AAC"
+                                                                 : "",
+            "", lossless, lossless ? properties.bitsPerSample() : 0};
+}
+Audio describe(const TagLib::WavPack::Properties& properties) {
+    return {"WavPack", "", properties.isLossless(), properties.bitsPerSample()};
+}
+Audio describe(const TagLib::APE::Properties& properties) {
+    return {"Monkey's Audio", "", true, properties.bitsPerSample()};
+}
+Audio describe(const TagLib::MPC::Properties& properties) {
+    return {"Musepack", "SV" + std::to_string(properties.mpcVersion()), false, 0};
+}
+Audio describe(const TagLib::TrueAudio::Properties& properties) {
+    return {"TTA", "", true, properties.bitsPerSample()};
+}
+Audio describe(const TagLib::RIFF::WAV::Properties& properties) {
+    constexpr int pcm = 1;
+    constexpr int floating = 3;
+    const bool known = properties.format() == pcm || properties.format() == floating;
+    return {known ? "PCM" : "", properties.format() == floating ? "floating point" : "", known,
+            properties.bitsPerSample()};
+}
+Audio describe(const TagLib::RIFF::AIFF::Properties& properties) {
+    const std::string compression = from_taglib(TagLib::String(properties.compressionType()));
+    const bool pcm = !properties.isAiffC() || compression == "NONE" || compression == "sowt";
+    return {pcm ? "PCM" : compression, "", pcm, properties.bitsPerSample()};
+}
+Audio describe(const TagLib::ASF::Properties& properties) {
+    const bool lossless = properties.codec() == TagLib::ASF::Properties::WMA9Lossless;
+    return {"WMA", from_taglib(properties.codecName()), lossless, lossless ? properties.bitsPerSample() : 0};
+}
+
+template <class File>
+AudioProperties take_properties(const File& file, const TagLibStream& stream) {
+    stream.check();
+    if (!file.isValid() || file.audioProperties() == nullptr || file.audioProperties()->sampleRate() <= 0)
+        throw vantaro_io::exception_io_data();
+    const auto& properties = *file.audioProperties();
+    const Audio audio = describe(properties);
+    return {audio.codec,
+            audio.profile,
+            audio.lossless ? "lossless" : "lossy",
+            properties.bitrate(),
+            properties.sampleRate(),
+            properties.channels(),
+            audio.bits,
+            properties.lengthInMilliseconds() / 1000.0};
+}
+
+template <class File>
+AudioProperties read_file(FileBytes& bytes, const AudioPart& audio) {
+    TagLibStream stream(bytes, audio.start, audio.end);
+    const File file(&stream, true);
+    return take_properties(file, stream);
+}
+
+template <class File>
+AudioProperties read_file_with_frames(FileBytes& bytes, const AudioPart& audio) {
+    TagLibStream stream(bytes, audio.start, audio.end);
+    const File file(&stream, TagLib::ID3v2::FrameFactory::instance(), true);
+    return take_properties(file, stream);
+}
+
+} // namespace
+
+AudioProperties describe_mpeg(FileBytes& file, const AudioPart& audio) {
+    return read_file_with_frames<TagLib::MPEG::File>(file, audio);
+}
+AudioProperties describe_vorbis(FileBytes& file, const AudioPart& audio) {
+    return read_file<TagLib::Ogg::Vorbis::File>(file, audio);
+}
+AudioProperties describe_opus(FileBytes& file, const AudioPart& audio) {
+    return read_file<TagLib::Ogg::Opus::File>(file, audio);
+}
+AudioProperties describe_speex(FileBytes& file, const AudioPart& audio) {
+    return read_file<TagLib::Ogg::Speex::File>(file, audio);
+}
+AudioProperties describe_mp4(FileBytes& file, const AudioPart& audio) {
+    return read_file<TagLib::MP4::File>(file, audio);
+}
+AudioProperties describe_wavpack(FileBytes& file, const AudioPart& audio) {
+    return read_file<TagLib::WavPack::File>(file, audio);
+}
+AudioProperties describe_monkeys_audio(FileBytes& file, const AudioPart& audio) {
+    return read_file<TagLib::APE::File>(file, audio);
+}
+AudioProperties describe_musepack(FileBytes& file, const AudioPart& audio) {
+    return read_file<TagLib::MPC::File>(file, audio);
+}
+AudioProperties describe_true_audio(FileBytes& file, const AudioPart& audio) {
+    return read_file<TagLib::TrueAudio::File>(file, audio);
+}
+AudioProperties describe_wav(FileBytes& file, const AudioPart& audio) {
+    return read_file<TagLib::RIFF::WAV::File>(file, audio);
+}
+AudioProperties describe_aiff(FileBytes& file, const AudioPart& audio) {
+    return read_file<TagLib::RIFF::AIFF::File>(file, audio);
+}
+AudioProperties describe_asf(FileBytes& file, const AudioPart& audio) {
+    return read_file<TagLib::ASF::File>(file, audio);
+}
+
+// Programs that write as a stream leave the length in the FLAC header open. The last page's position tells
+// it.
+AudioProperties describe_ogg_flac(FileBytes& bytes, const AudioPart& audio) {
+    TagLibStream stream(bytes, audio.start, audio.end);
+    TagLib::Ogg::FLAC::File file(&stream, true);
+    AudioProperties properties = take_properties(file, stream);
+    const TagLib::Ogg::PageHeader* last = properties.seconds > 0 ? nullptr : file.lastPageHeader();
+    if (last != nullptr && last->isValid() && last->absoluteGranularPosition() > 0)
+        properties.seconds = static_cast<double>(last->absoluteGranularPosition()) / properties.sample_rate;
+    return properties;
+}
+
+} // namespace vantaro::core::tags

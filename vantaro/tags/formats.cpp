@@ -1,0 +1,188 @@
+#include "vantaro/tags/formats.h"
+
+#include "vantaro/tags/audio/properties.h"
+#include "vantaro/tags/audio_file.h"
+#include "vantaro/tags/file_bytes.h"
+#include "vantaro/tags/tag_kinds.h"
+
+#include <algorithm>
+#include <ranges>
+
+namespace vantaro::core::tags {
+
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr std::string_view asf_guid = "\x30\x26\xB2\x75\x8E\x66\xCF\x11\xA6\xD9\x00\xAA\x00\x62\xCE\x6C"sv;
+/// The first packet of an Ogg page with one segment.
+constexpr std::size_t first_packet = 28;
+
+constexpr auto formats = std::to_array<Format>({
+    {.name = "FLAC",
+     .extensions = "flac fla",
+     .mime_types = "audio/flac audio/x-flac",
+     .signatures = {{{0, "fLaC"}}},
+     .open = open_flac_file,
+     .customary_tag = vorbis_comment,
+     .carries_cue_sheet = true},
+    {.name = "Monkey's Audio",
+     .extensions = "ape mac",
+     .mime_types = "audio/x-ape",
+     .signatures = {{{0, "MAC "}}},
+     .open = open_wrapped_file,
+     .customary_tag = ape_tag,
+     .describe = describe_monkeys_audio,
+     .carries_cue_sheet = true},
+    {.name = "Musepack",
+     .extensions = "mpc mp+ mpp",
+     .mime_types = "audio/x-musepack",
+     .signatures = {{{0, "MPCK"}, {0, "MP+"}}},
+     .open = open_wrapped_file,
+     .customary_tag = ape_tag,
+     .describe = describe_musepack,
+     .carries_cue_sheet = true},
+    {.name = "WavPack",
+     .extensions = "wv",
+     .mime_types = "audio/x-wavpack",
+     .signatures = {{{0, "wvpk"}}},
+     .open = open_wrapped_file,
+     .customary_tag = ape_tag,
+     .describe = describe_wavpack,
+     .carries_cue_sheet = true},
+    {.name = "True Audio",
+     .extensions = "tta",
+     .mime_types = "audio/x-tta",
+     .signatures = {{{0, "TTA"}}},
+     .open = open_wrapped_file,
+     .customary_tag = id3v24,
+     .describe = describe_true_audio,
+     .carries_cue_sheet = true},
+    {.name = "WAV",
+     .extensions = "wav",
+     .mime_types = "audio/x-wav audio/vnd.wave",
+     .signatures = {{{0, "RIFF", "WAVE"}}},
+     .open = open_riff_file,
+     .customary_tag = id3v24,
+     .describe = describe_wav},
+    {.name = "AIFF",
+     .extensions = "aif aiff aifc",
+     .mime_types = "audio/x-aiff audio/x-aifc",
+     .signatures = {{{0, "FORM", "AIFF"}, {0, "FORM", "AIFC"}}},
+     .open = open_riff_file,
+     .customary_tag = id3v24,
+     .describe = describe_aiff},
+    {.name = "ASF",
+     .extensions = "wma asf",
+     .mime_types = "audio/x-ms-wma",
+     .signatures = {{{0, asf_guid}}},
+     .open = open_asf_file,
+     .customary_tag = asf_tag,
+     .describe = describe_asf},
+    {.name = "MP4",
+     .extensions = "m4a m4b m4p m4r mp4",
+     .mime_types = "audio/mp4 audio/x-m4b audio/x-m4r",
+     .signatures = {{{4, "ftyp"}}},
+     .open = open_mp4_file,
+     .customary_tag = mp4_tag,
+     .describe = describe_mp4},
+    {.name = "Ogg Vorbis",
+     .extensions = "ogg",
+     .mime_types = "audio/ogg audio/x-vorbis+ogg",
+     .signatures = {{{first_packet, "\x01vorbis"}}},
+     .open = open_ogg_file,
+     .customary_tag = vorbis_comment,
+     .describe = describe_vorbis},
+    {.name = "Opus",
+     .extensions = "opus",
+     .mime_types = "audio/x-opus+ogg audio/opus",
+     .signatures = {{{first_packet, "OpusHead"}}},
+     .open = open_ogg_file,
+     .customary_tag = vorbis_comment,
+     .describe = describe_opus,
+     .has_r128_gain = true},
+    {.name = "Ogg FLAC",
+     .extensions = "oga",
+     .mime_types = "audio/x-flac+ogg",
+     .signatures = {{{first_packet, "\x7F"
+                                    "FLAC"}}},
+     .open = open_ogg_file,
+     .customary_tag = vorbis_comment,
+     .describe = describe_ogg_flac,
+     .carries_cue_sheet = true},
+    {.name = "Speex",
+     .extensions = "spx",
+     .mime_types = "audio/x-speex+ogg audio/x-speex",
+     .signatures = {{{first_packet, "Speex   "}}},
+     .open = open_ogg_file,
+     .customary_tag = vorbis_comment,
+     .describe = describe_speex},
+    // By the sync word and the layer: last, since it is the shortest.
+    {.name = "MP3",
+     .extensions = "mp3 mp2 mpga",
+     .mime_types = "audio/mpeg audio/mp2",
+     .signatures = {{{0, "\xFF\xFB"}, {0, "\xFF\xF3"}, {0, "\xFF\xFA"}}},
+     .open = open_wrapped_file,
+     .customary_tag = id3v24,
+     .describe = describe_mpeg},
+});
+
+auto words(std::string_view text) {
+    return text | std::views::split(' ')
+           | std::views::transform([](auto word) { return std::string_view(word.begin(), word.end()); });
+}
+
+/// Every row can be opened, and no extension is of two.
+constexpr bool are_sound() {
+    for (const Format& format : formats)
+        if (format.open == nullptr || format.name.empty() || format.customary_tag.empty())
+            return false;
+    return true;
+}
+static_assert(are_sound());
+
+bool begins_with(std::string_view head, const Signature& signature) {
+    const auto stands_at = [&](std::string_view text, std::size_t at) {
+        return head.substr(std::min(at, head.size())).starts_with(text);
+    };
+    return !signature.text.empty() && stands_at(signature.text, signature.at)
+           && stands_at(signature.second, 8);
+}
+
+} // namespace
+
+std::span<const Format> all_formats() {
+    return formats;
+}
+
+std::vector<std::string> audio_extensions() {
+    std::vector<std::string> texts;
+    for (const Format& format : formats)
+        for (const std::string_view word : words(format.extensions))
+            texts.emplace_back(word);
+    return texts;
+}
+
+const Format* format_of_name(std::string_view path) {
+    path.remove_prefix(path.find_last_of('/') + 1);
+    const std::size_t dot = path.rfind('.');
+    if (dot == path.npos)
+        return nullptr;
+    const std::string_view extension = path.substr(dot + 1);
+    for (const Format& format : formats)
+        for (const std::string_view word : words(format.extensions))
+            if (same_text(word, extension))
+                return &format;
+    return nullptr;
+}
+
+const Format* find_format(FileBytes& file, std::size_t start) {
+    const std::string_view head = file.some(start, 64);
+    for (const Format& format : formats)
+        if (std::ranges::any_of(format.signatures,
+                                [&](const Signature& signature) { return begins_with(head, signature); }))
+            return &format;
+    return format_of_name(file.path());
+}
+
+} // namespace vantaro::core::tags

@@ -68,6 +68,9 @@ public:
     /// track number "04" becomes "4" where the format stores numbers, empty values go where it keeps none.
     /// Throws exception_io naming the field and the reason when the tags cannot hold it.
     virtual void settle(const TrackInfo& before, TrackInfo& after) const = 0;
+    /// The rules of a record in which a field has been made under its other name `name`: that name stays the
+    /// field, as it would be for a reader of the written file. These rules where that makes no difference.
+    virtual const FieldRules* when_made_as(const char* name) const = 0;
 
 protected:
     ~FieldRules() = default;

@@ -119,7 +119,12 @@ private:
     }
     TrackField& field_for(const char* name) {
         const std::size_t index = find_field(name);
-        return index == no_field ? fields_.emplace_back(TrackField{resolved(name), {}}) : fields_[index];
+        if (index != no_field)
+            return fields_[index];
+        const std::string field = resolved(name);
+        if (rules_ != nullptr && field != name)
+            rules_ = rules_->when_made_as(name);
+        return fields_.emplace_back(TrackField{field, {}});
     }
     template <class Element>
     static void remove_selected(std::vector<Element>& elements, const Mask& mask) {

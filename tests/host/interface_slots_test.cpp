@@ -62,7 +62,7 @@ TEST(InterfaceSlots, OfTracks) {
               &I::remove_values, &I::find_technical, &I::technical_count, &I::technical_name,
               &I::technical_value, &I::set_technical, &I::length, &I::set_length, &I::replay_gain,
               &I::set_replay_gain, &I::copy, &I::rules);
-    INTERFACE(FieldRules, &I::resolve, &I::settle);
+    INTERFACE(FieldRules, &I::resolve, &I::settle, &I::when_made_as);
     INTERFACE(Mask, &I::selects);
     INTERFACE(TrackSink, &I::add);
     INTERFACE(TagChangeListener, &I::tags_changed);

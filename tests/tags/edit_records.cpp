@@ -65,6 +65,9 @@ Json answer(const Json& line) {
     const std::string name = line.at("name");
     const std::string value = line.at("value");
     edit(after, line.at("edit"), name.c_str(), value.c_str());
+    if (line.contains("then")) // a second action, on a copy as scripts work on
+        edit(after = TrackInfoRecord(static_cast<const TrackInfo&>(after)), line.at("then"), name.c_str(),
+             "second");
     const TrackInfoRecord raw = after;
     try {
         before.rules()->settle(before, after);

@@ -171,6 +171,21 @@ class Faithful(TagTestCase):
             if case["state"] != "both":
                 self.assertEqual(after.keys(), before.keys() - {named})
 
+    def test_a_second_action_finds_what_the_first_has_made(self):
+        """Under the same name, also under one that stands for a field only where that is missing."""
+        for extension in FORMATS:
+            table = table_of(extension)
+            base = make_sample(self.folder.name, extension)
+            others = sorted({name for field, name, _ in names_of(table) if name and field not in NUMBERS})
+            cases = [{"path": base, "edit": "set", "name": name, "value": "first", "then": "add"} for name in others]
+            for case, answer in self.answers(cases):
+                with self.subTest(extension=extension, case=case, answer=answer):
+                    self.assertEqual(answer.get("preview_error"), answer.get("file_error"))
+                    self.assertEqual(answer.get("preview"), answer.get("file"))
+                    made = {name: values for name, values in answer.get("preview", {}).items()
+                            if name not in answer["before"]}
+                    self.assertIn(list(made.values()), ([["first", "second"]], []))
+
     @staticmethod
     def field_named(case, before):
         """The field, as it is read, that the edit is about."""

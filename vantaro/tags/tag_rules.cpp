@@ -65,12 +65,16 @@ private:
     std::vector<Tag> tags_;
 };
 
+using Kinds = std::vector<const TagKind*>;
+using Names = std::vector<std::string_view>;
+/// The one object of these rules; it lives as long as the program.
+const FieldRules& rules_for(const Format& format, const Kinds& kinds_of_tags, Names alone);
+
 class TagRules final : public FieldRules {
 public:
     /// `kinds_of_tags`: of the tags that the file has, those that decide first; not empty. `alone`: the
     /// fields that stand in it under names only that stand for them only_alone.
-    TagRules(const Format& format, std::vector<const TagKind*> kinds_of_tags,
-             std::vector<std::string_view> alone)
+    TagRules(const Format& format, Kinds kinds_of_tags, Names alone)
         : format_(format), kinds_(std::move(kinds_of_tags)), alone_(std::move(alone)) {}
 
     const char* resolve(const TrackInfo& info, const char* name) const override {
@@ -80,6 +84,15 @@ public:
                 && info.find_field(row->field.data()) != no_field))
             return name;
         return same_text(row->field, name) ? name : row->field.data();
+    }
+
+    const FieldRules* when_made_as(const char* name) const override {
+        const FieldPlace* row = row_of_name(*kinds_.front(), name);
+        if (row == nullptr || !row->only_alone || std::ranges::find(alone_, row->field) != alone_.end())
+            return this;
+        Names alone = alone_;
+        alone.push_back(row->field);
+        return &rules_for(format_, kinds_, std::move(alone));
     }
 
     void settle(const TrackInfo& before, TrackInfo& after) const override {
@@ -148,13 +161,23 @@ private:
     }
 
     const Format& format_;
-    const std::vector<const TagKind*> kinds_;
-    const std::vector<std::string_view> alone_;
+    const Kinds kinds_;
+    const Names alone_;
 };
 
-std::vector<std::string_view> fields_alone(const TagKind& kind, const TagStore& tag,
-                                           const std::vector<TrackField>& fields) {
-    std::vector<std::string_view> result;
+const FieldRules& rules_for(const Format& format, const Kinds& kinds_of_tags, Names alone) {
+    std::ranges::sort(alone);
+    static std::mutex mutex; // guards the next
+    static std::map<std::tuple<const Format*, Kinds, Names>, std::unique_ptr<TagRules>> made;
+    const std::lock_guard lock(mutex);
+    std::unique_ptr<TagRules>& rules = made[{&format, kinds_of_tags, alone}];
+    if (!rules)
+        rules = std::make_unique<TagRules>(format, kinds_of_tags, std::move(alone));
+    return *rules;
+}
+
+Names fields_alone(const TagKind& kind, const TagStore& tag, const std::vector<TrackField>& fields) {
+    Names result;
     for (const FieldPlace& row : kind.table)
         if (row.only_alone && std::ranges::find(result, row.field) == result.end()
             && find_values(fields, row.field) != nullptr
@@ -166,8 +189,8 @@ std::vector<std::string_view> fields_alone(const TagKind& kind, const TagStore& 
 } // namespace
 
 const FieldRules& rules_of(AudioFile& file, const std::vector<TrackField>& fields) {
-    std::vector<const TagKind*> kinds_of_tags;
-    std::vector<std::string_view> alone;
+    Kinds kinds_of_tags;
+    Names alone;
     for (const TagStore* tag : file.tags())
         if (const TagKind* kind = find_kind(tag->kind())) {
             if (kinds_of_tags.empty())
@@ -177,14 +200,7 @@ const FieldRules& rules_of(AudioFile& file, const std::vector<TrackField>& field
     if (kinds_of_tags.empty())
         kinds_of_tags.push_back(&customary_kind(file.format()));
 
-    using Key = std::tuple<const Format*, std::vector<const TagKind*>, std::vector<std::string_view>>;
-    static std::mutex mutex; // guards the next
-    static std::map<Key, std::unique_ptr<TagRules>> made;
-    const std::lock_guard lock(mutex);
-    std::unique_ptr<TagRules>& rules = made[{&file.format(), kinds_of_tags, alone}];
-    if (!rules)
-        rules = std::make_unique<TagRules>(file.format(), std::move(kinds_of_tags), std::move(alone));
-    return *rules;
+    return rules_for(file.format(), kinds_of_tags, std::move(alone));
 }
 
 } // namespace vantaro::core::tags

@@ -4,7 +4,7 @@
 #include "vantaro/desktop/run_outcome.h"
 #include "vantaro/locations/playlist.h"
 #include "vantaro/storage/files.h"
-#include "vantaro/tags/format.h"
+#include "vantaro/tags/formats.h"
 #include "vantaro/windows/preferences_window.h"
 #include "vantaro/windows/shown_text.h"
 #include "vantaro/windows/update_window.h"

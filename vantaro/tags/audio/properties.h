@@ -38,7 +38,6 @@ AudioProperties describe_vorbis(FileBytes& file, const AudioPart& audio);
 AudioProperties describe_opus(FileBytes& file, const AudioPart& audio);
 AudioProperties describe_ogg_flac(FileBytes& file, const AudioPart& audio);
 AudioProperties describe_speex(FileBytes& file, const AudioPart& audio);
-AudioProperties describe_mp4(FileBytes& file, const AudioPart& audio);
 AudioProperties describe_wavpack(FileBytes& file, const AudioPart& audio);
 AudioProperties describe_monkeys_audio(FileBytes& file, const AudioPart& audio);
 AudioProperties describe_musepack(FileBytes& file, const AudioPart& audio);

@@ -9,7 +9,6 @@
 #include <apefile.h>
 #include <asffile.h>
 #include <id3v2framefactory.h>
-#include <mp4file.h>
 #include <mpcfile.h>
 #include <mpegfile.h>
 #include <oggflacfile.h>
@@ -46,13 +45,6 @@ Audio describe(const TagLib::Ogg::Opus::Properties&) {
 }
 Audio describe(const TagLib::Ogg::Speex::Properties&) {
     return {"Speex", "", false, 0};
-}
-Audio describe(const TagLib::MP4::Properties& properties) {
-    const bool lossless = properties.codec() == TagLib::MP4::Properties::ALAC;
-    return {lossless                                             ? "ALAC"
-            : properties.codec() == TagLib::MP4::Properties::AAC ? "AAC"
-                                                                 : "",
-            "", lossless, lossless ? properties.bitsPerSample() : 0};
 }
 Audio describe(const TagLib::WavPack::Properties& properties) {
     return {"WavPack", "", properties.isLossless(), properties.bitsPerSample()};
@@ -127,9 +119,6 @@ AudioProperties describe_opus(FileBytes& file, const AudioPart& audio) {
 }
 AudioProperties describe_speex(FileBytes& file, const AudioPart& audio) {
     return read_file<TagLib::Ogg::Speex::File>(file, audio);
-}
-AudioProperties describe_mp4(FileBytes& file, const AudioPart& audio) {
-    return read_file<TagLib::MP4::File>(file, audio);
 }
 AudioProperties describe_wavpack(FileBytes& file, const AudioPart& audio) {
     return read_file<TagLib::WavPack::File>(file, audio);

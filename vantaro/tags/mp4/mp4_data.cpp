@@ -14,35 +14,12 @@ namespace vantaro::core::tags {
 
 namespace {
 
-constexpr std::size_t header_size = 8;
 constexpr std::uint32_t implicit_type = 0;
 constexpr std::uint32_t utf8_type = 1;
 constexpr std::uint32_t utf16_type = 2;
 constexpr std::uint32_t integer_type = 21;
 
-struct NumberAtom {
-    std::string_view name;
-    Mp4Kind kind;
-    std::size_t size; // in bytes, of a new one
-};
-constexpr std::array<NumberAtom, 11> number_atoms{{
-    {"trkn", Mp4Kind::pair, 8},
-    {"disk", Mp4Kind::pair, 6},
-    {"tmpo", Mp4Kind::number, 2},
-    {"\xA9mvi", Mp4Kind::number, 2},
-    {"\xA9mvc", Mp4Kind::number, 2},
-    {"tvsn", Mp4Kind::number, 4},
-    {"tves", Mp4Kind::number, 4},
-    {"cpil", Mp4Kind::flag, 1},
-    {"pgap", Mp4Kind::flag, 1},
-    {"pcst", Mp4Kind::flag, 1},
-    {"shwm", Mp4Kind::flag, 1},
-}};
-
-const NumberAtom* number_atom(std::string_view name) {
-    const auto found = std::ranges::find(number_atoms, name, &NumberAtom::name);
-    return found == number_atoms.end() ? nullptr : &*found;
-}
+constexpr std::string_view copyright_sign = "©";
 
 struct Data {
     std::uint32_t type;
@@ -97,28 +74,22 @@ std::optional<std::string> genre_of(const Data& data) {
 
 } // namespace
 
-Mp4Kind mp4_kind(std::string_view atom_name) {
-    const NumberAtom* atom = number_atom(atom_name);
-    return atom == nullptr ? Mp4Kind::text : atom->kind;
+const Mp4Place& mp4_place(std::string_view name) {
+    static constexpr Mp4Place text{};
+    const auto found =
+        std::ranges::find(mp4_atoms, name, [](const Mp4Place& row) { return row.names.place; });
+    return found == mp4_atoms.end() ? text : *found;
 }
 
-std::optional<Mp4Child> take_atom(std::string_view& bytes) {
-    if (bytes.size() < header_size)
-        return std::nullopt;
-    const std::uint64_t size = big_endian(bytes.substr(0, 4));
-    if (size < header_size || size > bytes.size())
-        return std::nullopt;
-    const Mp4Child atom{bytes.substr(4, 4), bytes.substr(header_size, size - header_size)};
-    bytes.remove_prefix(size);
-    return atom;
+std::string readable_name(std::string_view bytes) {
+    return bytes.starts_with('\xA9') ? std::string(copyright_sign) + std::string(bytes.substr(1))
+                                     : std::string(bytes);
 }
 
-std::string make_atom(std::string_view name, std::string_view body) {
-    return atom_header(name, body.size() + header_size) + std::string(body);
-}
-
-std::string atom_header(std::string_view name, std::size_t size) {
-    return big_endian_bytes(size, 4) + std::string(name);
+std::string stored_name(std::string_view name) {
+    return name.starts_with(copyright_sign) && name.size() > 4
+               ? '\xA9' + std::string(name.substr(copyright_sign.size()))
+               : std::string(name);
 }
 
 std::optional<FreeformName> freeform_name(std::string_view body) {
@@ -130,12 +101,12 @@ std::optional<FreeformName> freeform_name(std::string_view body) {
     return FreeformName{clean_text(mean->body.substr(4)), clean_text(name->body.substr(4))};
 }
 
-std::optional<Values> mp4_values(std::string_view atom_name, std::string_view body) {
+std::optional<Values> mp4_values(Mp4Kind kind, std::string_view body) {
     Values values;
     for (const Data& data : data_of(body)) {
-        const std::optional<std::string> value = atom_name == "gnre"                    ? genre_of(data)
-                                                 : mp4_kind(atom_name) == Mp4Kind::text ? text_of(data)
-                                                                                        : number_of(data);
+        const std::optional<std::string> value = kind == Mp4Kind::genre  ? genre_of(data)
+                                                 : kind == Mp4Kind::text ? text_of(data)
+                                                                         : number_of(data);
         if (!value)
             return std::nullopt;
         values.push_back(*value);
@@ -165,20 +136,19 @@ std::string freeform_body(const FreeformName& name, const Values& values) {
     return make_atom("mean", flags + name.mean) + make_atom("name", flags + name.name) + text_body(values);
 }
 
-std::string pair_body(std::string_view atom_name, Mp4Pair pair) {
+std::string pair_body(const Mp4Place& place, Mp4Pair pair) {
     std::string payload = big_endian_bytes(pair.number, 4) + big_endian_bytes(pair.total, 2);
-    payload.resize(number_atom(atom_name)->size);
+    payload.resize(place.size);
     return data_atom(implicit_type, payload);
 }
 
-std::string number_body(std::string_view atom_name, const Values& values) {
-    const NumberAtom& atom = *number_atom(atom_name);
+std::string number_body(const Mp4Place& place, const Values& values) {
     if (values.size() != 1)
         throw Refused("MP4 stores one number here");
     const std::uint64_t largest =
-        atom.kind == Mp4Kind::flag ? 1 : (std::uint64_t{1} << (8 * atom.size - 1)) - 1;
+        place.kind == Mp4Kind::flag ? 1 : (std::uint64_t{1} << (8 * place.size - 1)) - 1;
     const unsigned number = checked_number(values[0], static_cast<unsigned>(largest));
-    return data_atom(integer_type, big_endian_bytes(number, atom.size));
+    return data_atom(integer_type, big_endian_bytes(number, place.size));
 }
 
 unsigned checked_number(const std::string& text, unsigned largest) {

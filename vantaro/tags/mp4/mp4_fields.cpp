@@ -1,7 +1,5 @@
 #include "vantaro/tags/mp4/mp4_fields.h"
 
-#include "vantaro/tags/mp4/mp4_data.h"
-#include "vantaro/tags/mp4/mp4_places.h"
 #include "vantaro/tags/number_pair.h"
 
 #include <algorithm>
@@ -21,68 +19,69 @@ std::string without_zeros(const std::string& number) {
 
 } // namespace
 
-Mp4Fields::Mp4Fields(std::string_view bytes) {
-    while (const std::optional<Mp4Child> atom = take_atom(bytes))
-        atoms_.push_back({std::string(atom->name), std::string(atom->body)});
-    rest_ = bytes;
+Mp4Fields::Mp4Fields(const Mp4Atoms& atoms, const Mp4Atom& list) {
+    FileBytes& file = atoms.file();
+    std::size_t end = list.content;
+    for (const Mp4Atom* atom : atoms.children(list)) {
+        if (big_endian(file.bytes(atom->start, 4)) == 0)
+            break; // it goes on to the end of the list, whatever that is
+        Item item{{readable_name(atom->name)},
+                  atom->content - atom->start,
+                  Part(file, atom->start, atom->end - atom->start)};
+        if (item.key.atom == freeform)
+            item.key.freeform = freeform_name(item.body()).value_or(FreeformName());
+        items_.push_back(std::move(item));
+        end = atom->end;
+    }
+    rest_ = Part(file, end, list.end - end);
 }
 
-std::string Mp4Fields::render() const {
-    std::string result;
-    for (const Atom& atom : atoms_)
-        result += make_atom(atom.name, atom.body);
-    return result + rest_;
-}
-
-// An atom's name, for freeform atoms "----:mean:name".
-std::string Mp4Fields::place_of(const Atom& atom) const {
-    if (atom.name != freeform)
-        return atom.name;
-    const std::optional<FreeformName> name = freeform_name(atom.body);
-    return name ? std::string(freeform) + ":" + name->mean + ":" + name->name : "";
+std::vector<Part> Mp4Fields::render() const {
+    std::vector<Part> result;
+    for (const Item& item : items_)
+        result.push_back(item.whole);
+    result.push_back(rest_);
+    return result;
 }
 
 // The field that the atom would hold if its content were text; empty for atoms that are no fields.
-std::string Mp4Fields::field_of(const Atom& atom) const {
-    if (atom.name != freeform) {
-        const FieldPlace* row = row_of_place(mp4_places, atom.name);
-        return row == nullptr || row->place != atom.name ? "" : std::string(row->field);
-    }
-    const std::optional<FreeformName> name = freeform_name(atom.body);
-    return name ? listed_name(name->name) : "";
+std::string Mp4Fields::field_of(const Key& key) const {
+    if (key.atom == freeform)
+        return listed_name(key.freeform.name);
+    const FieldPlace* row = row_of_place(mp4_places, key.atom);
+    return row == nullptr || row->place != key.atom ? "" : std::string(row->field);
 }
 
 std::string Mp4Fields::listed_name(const std::string& name) const {
     const FieldPlace* row = row_of_place(mp4_places, std::string(short_freeform) + name);
     if (row == nullptr)
         return upper_name(name);
-    const auto is_other = [&](const Atom& atom) {
-        const std::optional<FreeformName> freeform_of =
-            atom.name == freeform ? freeform_name(atom.body) : std::nullopt;
-        return freeform_of && !equal_field_names(freeform_of->name, name)
-               && equal_field_names(std::string(short_freeform) + freeform_of->name,
+    const auto is_other = [&](const Item& item) {
+        return !item.key.freeform.name.empty() && !equal_field_names(item.key.freeform.name, name)
+               && equal_field_names(std::string(short_freeform) + item.key.freeform.name,
                                     row_of_field(mp4_places, row->field)->place);
     };
-    return row->only_alone && std::ranges::any_of(atoms_, is_other) ? upper_name(name)
+    return row->only_alone && std::ranges::any_of(items_, is_other) ? upper_name(name)
                                                                     : std::string(row->field);
 }
 
 std::vector<TrackField> Mp4Fields::fields() const {
     RankedFields result(true);
-    for (const Atom& atom : atoms_) {
-        const std::string name = field_of(atom);
+    for (const Item& item : items_) {
+        const std::string name = field_of(item.key);
         if (name.empty())
             continue;
-        if (mp4_kind(atom.name) == Mp4Kind::pair) {
-            const Mp4Pair pair = mp4_pair(atom.body);
+        const Mp4Kind kind = mp4_place(item.key.atom).kind;
+        if (kind == Mp4Kind::pair) {
+            const Mp4Pair pair = mp4_pair(item.body());
             if (pair.number != 0)
                 result.add(name, 0, {std::to_string(pair.number)});
             if (pair.total != 0)
                 result.add(std::string(find_pair(name)->total), 0, {std::to_string(pair.total)});
-        } else if (const std::optional<Values> values = mp4_values(atom.name, atom.body)) {
-            std::size_t rank = rank_of_place(mp4_places, atom.name);
-            if (atom.name == freeform)
-                rank = mp4_places.size() + (freeform_name(atom.body)->mean == itunes ? 0 : 1);
+        } else if (const std::optional<Values> values = mp4_values(kind, item.body())) {
+            std::size_t rank = rank_of_place(mp4_places, item.key.atom);
+            if (item.key.atom == freeform)
+                rank = mp4_places.size() + (item.key.freeform.mean == itunes ? 0 : 1);
             result.add(name, rank, *values);
         }
     }
@@ -94,7 +93,7 @@ bool Mp4Fields::holds(const std::string& name, const Values& wanted, const Value
         return true;
     const PairNames* pair = find_pair(upper_name(name));
     const FieldPlace* row = row_of_field(mp4_places, pair == nullptr ? std::string_view(name) : pair->number);
-    return row != nullptr && mp4_kind(row->place) != Mp4Kind::text
+    return row != nullptr && mp4_place(row->place).kind != Mp4Kind::text
            && std::ranges::equal(wanted, found, {}, without_zeros, without_zeros);
 }
 
@@ -102,76 +101,68 @@ void Mp4Fields::set(const std::string& given_name, const Values& values) {
     const std::string name = listed_name(given_name);
     const PairNames* pair = find_pair(name);
     const bool in_pair =
-        pair != nullptr && mp4_kind(row_of_field(mp4_places, pair->number)->place) == Mp4Kind::pair;
+        pair != nullptr && mp4_place(row_of_field(mp4_places, pair->number)->place).kind == Mp4Kind::pair;
     if (in_pair)
         set_pair(name, values);
-    Values places; // those that the list has, each once
-    for (const Atom& atom : atoms_) {
-        if (field_of(atom) != name || mp4_kind(atom.name) == Mp4Kind::pair)
+    std::vector<Key> keys; // those that the list has, each once
+    for (const Item& item : items_) {
+        const Mp4Kind kind = mp4_place(item.key.atom).kind;
+        if (field_of(item.key) != name || kind == Mp4Kind::pair)
             continue;
-        if (atom.name == freeform && !mp4_values(atom.name, atom.body))
+        if (item.key.atom == freeform && !mp4_values(kind, item.body()))
             throw Refused("the file has an item of this name that is no text");
-        const std::string place = place_of(atom);
-        if (std::ranges::find(places, place) == places.end())
-            places.push_back(place);
+        if (std::ranges::find(keys, item.key) == keys.end())
+            keys.push_back(item.key);
     }
     bool placed = in_pair;
-    for (const std::string& place : places) {
+    for (const Key& key : keys) {
         // The number of a genre gives way to the text.
-        put(place, place == "gnre" ? Values() : values);
-        placed = placed || place != "gnre";
+        const bool is_number = mp4_place(key.atom).kind == Mp4Kind::genre;
+        put(key, is_number ? Values() : values);
+        placed = placed || !is_number;
     }
     if (placed)
         return;
     const FieldPlace* row = row_of_field(mp4_places, name);
-    if (row == nullptr)
-        put(std::string(freeform) + ":" + std::string(itunes) + ":" + given_name, values);
-    else if (row->place.starts_with(short_freeform))
-        put(std::string(freeform) + ":" + std::string(itunes) + std::string(row->place.substr(2)), values);
+    const std::string place =
+        row == nullptr ? std::string(short_freeform) + given_name : std::string(row->place);
+    if (place.starts_with(short_freeform))
+        put({std::string(freeform), {std::string(itunes), place.substr(short_freeform.size())}}, values);
     else
-        put(std::string(row->place), values);
+        put({place}, values);
 }
 
-void Mp4Fields::put(const std::string& place, const Values& values) {
-    const auto matches = [&](const Atom& atom) { return place_of(atom) == place; };
-    const auto old = std::ranges::find_if(atoms_, matches);
-    const auto index = old - atoms_.begin();
-    std::optional<Atom> atom;
-    if (values.empty()) {
-        atom = std::nullopt;
-    } else if (place.starts_with(freeform)) {
-        // Neither part is known to contain a colon but the name.
-        const std::string_view names = std::string_view(place).substr(freeform.size() + 1);
-        const std::size_t colon = names.find(':');
-        const FreeformName name = old != atoms_.end() ? *freeform_name(old->body)
-                                                      : FreeformName{std::string(names.substr(0, colon)),
-                                                                     std::string(names.substr(colon + 1))};
-        atom = Atom{std::string(freeform), freeform_body(name, values)};
-    } else if (mp4_kind(place) == Mp4Kind::text) {
-        atom = Atom{place, text_body(values)};
-    } else {
-        atom = Atom{place, number_body(place, values)};
-    }
-    std::erase_if(atoms_, matches);
-    if (atom)
-        atoms_.insert(atoms_.begin() + index, std::move(*atom));
+// An empty body removes all of them; otherwise the first gets it and is the only one.
+void Mp4Fields::replace(const Key& key, const std::string& body) {
+    const auto old = std::ranges::find(items_, key, &Item::key);
+    const auto index = old - items_.begin();
+    std::erase_if(items_, [&](const Item& item) { return item.key == key; });
+    if (!body.empty())
+        items_.insert(items_.begin() + index,
+                      {key, atom_header_size, Part(make_atom(stored_name(key.atom), body))});
+}
+
+void Mp4Fields::put(const Key& key, const Values& values) {
+    const Mp4Place& place = mp4_place(key.atom);
+    if (values.empty())
+        replace(key, {});
+    else if (key.atom == freeform)
+        replace(key, freeform_body(key.freeform, values));
+    else
+        replace(key, place.kind == Mp4Kind::text ? text_body(values) : number_body(place, values));
 }
 
 void Mp4Fields::set_pair(const std::string& name, const Values& values) {
     const PairNames& names = *find_pair(name);
-    const std::string place(row_of_field(mp4_places, names.number)->place);
+    const Key key{std::string(row_of_field(mp4_places, names.number)->place)};
     if (values.size() > 1)
         throw Refused("MP4 stores one number here");
     const unsigned number =
         values.empty() || values[0].empty() ? 0 : checked_number(values[0], largest_in_pair);
-    const auto matches = [&](const Atom& atom) { return atom.name == place; };
-    const auto old = std::ranges::find_if(atoms_, matches);
-    const auto index = old - atoms_.begin();
-    Mp4Pair pair = old == atoms_.end() ? Mp4Pair() : mp4_pair(old->body);
+    const auto old = std::ranges::find(items_, key, &Item::key);
+    Mp4Pair pair = old == items_.end() ? Mp4Pair() : mp4_pair(old->body());
     (name == names.number ? pair.number : pair.total) = number;
-    std::erase_if(atoms_, matches);
-    if (pair.number != 0 || pair.total != 0)
-        atoms_.insert(atoms_.begin() + index, {place, pair_body(place, pair)});
+    replace(key, pair.number != 0 || pair.total != 0 ? pair_body(mp4_place(key.atom), pair) : std::string());
 }
 
 } // namespace vantaro::core::tags

@@ -11,17 +11,16 @@
 // - Freeform atoms with anything but text are no fields, and no field takes their name.
 #pragma once
 
+#include "vantaro/tags/mp4/mp4_data.h"
 #include "vantaro/tags/tag_store.h"
-
-#include <optional>
 
 namespace vantaro::core::tags {
 
 class Mp4Fields final : public TagStore {
 public:
     Mp4Fields() = default;
-    /// `bytes` is the content of the item list.
-    explicit Mp4Fields(std::string_view bytes);
+    /// `list` is one of the atoms; their file outlives this.
+    Mp4Fields(const Mp4Atoms& atoms, const Mp4Atom& list);
 
     std::string kind() const override { return "MP4"; }
     std::vector<TrackField> fields() const override;
@@ -30,21 +29,32 @@ public:
     std::string listed_name(const std::string& name) const override;
     bool holds(const std::string& name, const Values& wanted, const Values& found) const override;
 
-    std::string render() const;
+    /// The content of the list.
+    std::vector<Part> render() const;
 
 private:
-    struct Atom {
-        std::string name; ///< four bytes
-        std::string body;
+    /// What an atom is found by: the name of the table, and for freeform atoms theirs.
+    struct Key {
+        std::string atom;
+        FreeformName freeform = {};
+
+        friend bool operator==(const Key&, const Key&) = default;
+    };
+    struct Item {
+        Key key;
+        std::size_t header;
+        Part whole;
+
+        std::string_view body() const { return whole.bytes().substr(header); }
     };
 
-    std::string place_of(const Atom& atom) const;
-    std::string field_of(const Atom& atom) const;
-    void put(const std::string& place, const Values& values);
+    std::string field_of(const Key& key) const;
+    void replace(const Key& key, const std::string& body);
+    void put(const Key& key, const Values& values);
     void set_pair(const std::string& name, const Values& values);
 
-    std::vector<Atom> atoms_;
-    std::string rest_;
+    std::vector<Item> items_;
+    Part rest_;
 };
 
 } // namespace vantaro::core::tags

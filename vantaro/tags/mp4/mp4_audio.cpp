@@ -62,11 +62,6 @@ std::size_t size_of_data(Mp4Atoms& atoms) {
     return size;
 }
 
-/// In the unit that other programs round to.
-int kilobits(std::uint64_t bits) {
-    return static_cast<int>(static_cast<double>(bits + 500) / 1000.0 + 0.5);
-}
-
 // The stream's own header within "esds": what "mp4a" stands for, and its bit rate.
 void describe_stream(Description stream, AudioProperties& audio) {
     stream.skip(4); // version and flags
@@ -81,7 +76,7 @@ void describe_stream(Description stream, AudioProperties& audio) {
     const std::uint64_t type = stream.take(1);
     stream.skip(8); // kind, buffer, highest bit rate
     if (const std::uint64_t bits = stream.take(4); bits != 0)
-        audio.bitrate = kilobits(bits);
+        audio.bitrate = static_cast<int>(bits / 1000 + 1); // as the fields have always been shown
     const bool is_aac = type == 0x40 || (type >= 0x66 && type <= 0x68);
     audio.codec = is_aac ? "AAC" : type == 0x69 || type == 0x6B ? "MP3" : "";
 }
@@ -93,7 +88,7 @@ void describe_alac(Description cookie, AudioProperties& audio) {
     cookie.skip(3);
     audio.channels = static_cast<int>(cookie.take(1));
     cookie.skip(6);
-    audio.bitrate = kilobits(cookie.take(4));
+    audio.bitrate = static_cast<int>((cookie.take(4) + 500) / 1000);
     audio.sample_rate = static_cast<int>(cookie.take(4) & 0x7FFFFFFF);
 }
 

@@ -140,7 +140,7 @@ void Mp4Offsets::move(Rewriting& rewriting, std::size_t growth) const {
             if (position >= insertion_)
                 bytes.replace(start, table.width, big_endian_bytes(position + growth, table.width));
         }
-        rewriting.replace(table.place, bytes.size(), std::move(bytes));
+        rewriting.replace(table.place, table.count * table.entry_size, std::move(bytes));
     }
 }
 

@@ -45,6 +45,8 @@ std::unique_ptr<AudioFile> open_wrapped_file(FileBytes& file, const Format& form
 std::unique_ptr<AudioFile> open_flac_file(FileBytes& file, const Format& format, std::size_t start);
 std::unique_ptr<AudioFile> open_ogg_file(FileBytes& file, const Format& format, std::size_t start);
 std::unique_ptr<AudioFile> open_riff_file(FileBytes& file, const Format& format, std::size_t start);
+std::unique_ptr<AudioFile> open_dsf_file(FileBytes& file, const Format& format, std::size_t start);
+std::unique_ptr<AudioFile> open_caf_file(FileBytes& file, const Format& format, std::size_t start);
 std::unique_ptr<AudioFile> open_mp4_file(FileBytes& file, const Format& format, std::size_t start);
 std::unique_ptr<AudioFile> open_asf_file(FileBytes& file, const Format& format, std::size_t start);
 

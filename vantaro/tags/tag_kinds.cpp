@@ -4,6 +4,8 @@
 #include "vantaro/tags/ape/ape_places.h"
 #include "vantaro/tags/asf/asf_fields.h"
 #include "vantaro/tags/asf/asf_places.h"
+#include "vantaro/tags/caf/caf_fields.h"
+#include "vantaro/tags/caf/caf_places.h"
 #include "vantaro/tags/id3v2/id3v2_fields.h"
 #include "vantaro/tags/id3v2/id3v2_places.h"
 #include "vantaro/tags/mp4/mp4_fields.h"
@@ -34,6 +36,7 @@ constexpr auto kinds = std::to_array<TagKind>({
     {ape_tag, ape_places, "", make<ApeFields>},
     {mp4_tag, mp4_places, "--:", make<Mp4Fields>},
     {asf_tag, asf_places, "", make<AsfFields>},
+    {caf_tag, caf_places, "", make<CafFields>},
 });
 
 } // namespace

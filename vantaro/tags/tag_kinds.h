@@ -16,6 +16,7 @@ inline constexpr std::string_view id3v23 = "ID3v2.3";
 inline constexpr std::string_view ape_tag = "APEv2";
 inline constexpr std::string_view mp4_tag = "MP4";
 inline constexpr std::string_view asf_tag = "ASF";
+inline constexpr std::string_view caf_tag = "CAF";
 
 struct TagKind {
     std::string_view name; ///< as TagStore::kind gives it

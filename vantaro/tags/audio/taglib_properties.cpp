@@ -5,7 +5,6 @@
 #include "vantaro/tags/audio/taglib_stream.h"
 #include "vantaro/tags/text.h"
 
-#include <aifffile.h>
 #include <apefile.h>
 #include <asffile.h>
 #include <id3v2framefactory.h>
@@ -17,7 +16,6 @@
 #include <speexfile.h>
 #include <trueaudiofile.h>
 #include <vorbisfile.h>
-#include <wavfile.h>
 #include <wavpackfile.h>
 
 namespace vantaro::core::tags {
@@ -57,18 +55,6 @@ Audio describe(const TagLib::MPC::Properties& properties) {
 }
 Audio describe(const TagLib::TrueAudio::Properties& properties) {
     return {"TTA", "", true, properties.bitsPerSample()};
-}
-Audio describe(const TagLib::RIFF::WAV::Properties& properties) {
-    constexpr int pcm = 1;
-    constexpr int floating = 3;
-    const bool known = properties.format() == pcm || properties.format() == floating;
-    return {known ? "PCM" : "", properties.format() == floating ? "floating point" : "", known,
-            properties.bitsPerSample()};
-}
-Audio describe(const TagLib::RIFF::AIFF::Properties& properties) {
-    const std::string compression = from_taglib(TagLib::String(properties.compressionType()));
-    const bool pcm = !properties.isAiffC() || compression == "NONE" || compression == "sowt";
-    return {pcm ? "PCM" : compression, "", pcm, properties.bitsPerSample()};
 }
 Audio describe(const TagLib::ASF::Properties& properties) {
     const bool lossless = properties.codec() == TagLib::ASF::Properties::WMA9Lossless;
@@ -131,12 +117,6 @@ AudioProperties describe_musepack(FileBytes& file, const AudioPart& audio) {
 }
 AudioProperties describe_true_audio(FileBytes& file, const AudioPart& audio) {
     return read_file<TagLib::TrueAudio::File>(file, audio);
-}
-AudioProperties describe_wav(FileBytes& file, const AudioPart& audio) {
-    return read_file<TagLib::RIFF::WAV::File>(file, audio);
-}
-AudioProperties describe_aiff(FileBytes& file, const AudioPart& audio) {
-    return read_file<TagLib::RIFF::AIFF::File>(file, audio);
 }
 AudioProperties describe_asf(FileBytes& file, const AudioPart& audio) {
     return read_file<TagLib::ASF::File>(file, audio);

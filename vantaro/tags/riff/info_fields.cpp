@@ -1,17 +1,23 @@
 #include "vantaro/tags/riff/info_fields.h"
 
 #include "vantaro/tags/number_pair.h"
+#include "vantaro/tags/numbers.h"
 #include "vantaro/tags/riff/info_places.h"
 
 #include <algorithm>
 
 namespace vantaro::core::tags {
 
+namespace {
+
+/// What is beyond is kept, but not looked into.
+constexpr std::size_t most_entries = 100'000;
+
+} // namespace
+
 InfoFields::InfoFields(std::string_view bytes) {
-    while (bytes.size() >= 8) {
-        std::size_t size = 0;
-        for (std::size_t i = 8; i-- > 4;)
-            size = size << 8 | static_cast<unsigned char>(bytes[i]);
+    while (bytes.size() >= 8 && entries_.size() < most_entries) {
+        std::size_t size = little_endian(bytes.substr(4, 4));
         const std::string id(bytes.substr(0, 4));
         bytes.remove_prefix(8);
         size = std::min(size, bytes.size());
@@ -25,8 +31,7 @@ std::string InfoFields::render() const {
     std::string result;
     for (const Entry& entry : entries_) {
         result += entry.id;
-        for (unsigned i = 0; i < 4; ++i)
-            result += static_cast<char>(entry.body.size() >> (8 * i) & 0xFF);
+        result += little_endian_bytes(entry.body.size(), 4);
         result += entry.body;
         result.append(entry.body.size() % 2, '\0');
     }

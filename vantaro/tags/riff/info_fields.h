@@ -26,7 +26,7 @@ private:
         std::string body;
     };
     std::vector<Entry> entries_;
-    std::string rest_; ///< too short for an entry
+    std::string rest_; ///< too short for an entry, or beyond what is looked into
 };
 
 } // namespace vantaro::core::tags

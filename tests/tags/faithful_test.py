@@ -12,11 +12,11 @@ from pathlib import Path
 import mutagen
 from mutagen import apev2, id3, mp4
 
-from tag_builders import append, id3v1, save_id3
+from tag_builders import append, id3v1, put_caf_entry, save_id3
 from tag_samples import FORMATS, PROGRAMS, XIPH, TagTestCase, make_sample
 
 SOURCES = Path(__file__).resolve().parents[2] / "vantaro" / "tags"
-TABLES = {"xiph": "", "id3v2": "TXXX:", "ape": "", "mp4": "--:", "asf": ""}
+TABLES = {"xiph": "", "id3v2": "TXXX:", "ape": "", "mp4": "--:", "asf": "", "caf": ""}
 EDITS = ("set", "add", "remove", "remove value", "replace", "split", "copy", "keep")
 NUMBERS = {"BPM", "TRACKNUMBER", "TOTALTRACKS", "DISCNUMBER", "TOTALDISCS", "MOVEMENTNUMBER", "MOVEMENTCOUNT",
            "TVSEASON", "TVEPISODE", "COMPILATION", "GAPLESSPLAYBACK", "PODCAST", "SHOWWORKMOVEMENT"}
@@ -34,7 +34,7 @@ ODD_VALUES = ("", "04", "0", "3/12", "/", "3/", "/12", "17", "(17)", "((x", "RX"
 def table_of(extension):
     if extension in XIPH:
         return "xiph"
-    return {"m4a": "mp4", "wma": "asf", "wv": "ape", "ape": "ape", "mpc": "ape"}.get(extension, "id3v2")
+    return {"m4a": "mp4", "wma": "asf", "wv": "ape", "ape": "ape", "mpc": "ape", "caf": "caf"}.get(extension, "id3v2")
 
 
 def names_of(table):
@@ -64,6 +64,8 @@ def put_raw(path, table, name, value):
             tags = file.tags
         tags.add(id3.TXXX(encoding=3, desc=name, text=[value]))
         file.save()
+    elif table == "caf":
+        put_caf_entry(path, name, value)
     elif table == "ape":
         try:
             file = apev2.APEv2(path)

@@ -15,7 +15,8 @@ from tag_samples import XIPH, TagTestCase, atoms, audio, differences, edit, fiel
 BLOCK = 4096
 # The title in the snapshot.
 FORMATS = {
-    "mp3": "id3/TIT2", "tta": "id3/TIT2", "wav": "id3/TIT2", "aiff": "id3/TIT2", "flac": "vorbis/TITLE",
+    "mp3": "id3/TIT2", "tta": "id3/TIT2", "wav": "id3/TIT2", "aiff": "id3/TIT2",
+    "rf64": "id3/TIT2", "dff": "id3/TIT2", "dsf": "id3/TIT2", "flac": "vorbis/TITLE",
     "ogg": "vorbis/TITLE", "opus": "vorbis/TITLE", "spx": "vorbis/TITLE", "m4a": "mp4/\xa9nam", "wma": "asf/Title",
 }
 # The header of the padding: with less left over, though not with nothing, the tag does not fit.
@@ -51,7 +52,10 @@ class Padding(TagTestCase):
 
     def check_title(self, path, title):
         key = FORMATS[path.rpartition(".")[2]].partition("/")[2]
-        self.assertEqual([str(value) for value in mutagen.File(path)[key]], [title])
+        if path.endswith(".rf64"):
+            self.assertIn(title, snapshot(path)["id3/" + key])
+        else:
+            self.assertEqual([str(value) for value in mutagen.File(path)[key]], [title])
 
     def check_format(self, extension):
         path = self.bare_sample(extension)

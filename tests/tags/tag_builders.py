@@ -45,3 +45,14 @@ def id3v1(**values):
 def append(path, data):
     with open(path, "ab") as file:
         file.write(data)
+
+
+def put_caf_entry(path, key, value):
+    """One more entry in the chunk "info", which the file has."""
+    with open(path, "rb") as file:
+        data = file.read()
+    start = data.index(b"info") + 4
+    size, count = struct.unpack(">QI", data[start:start + 12])
+    entry = key.encode() + b"\0" + value.encode() + b"\0"
+    with open(path, "wb") as file:
+        file.write(data[:start] + struct.pack(">QI", size + len(entry), count + 1) + entry + data[start + 12:])

@@ -4,6 +4,7 @@ The programs stand in the folder that the environment variable TAG_PROGRAMS name
 """
 
 import hashlib
+import io
 import json
 import os
 import struct
@@ -12,13 +13,11 @@ import tempfile
 import unittest
 
 import mutagen
-import mutagen.aiff
 import mutagen.apev2
 import mutagen.asf
 import mutagen.flac
 import mutagen.id3
 import mutagen.mp4
-import mutagen.wave
 from mutagen.id3 import ID3
 
 PROGRAMS = os.environ.get("TAG_PROGRAMS", "")
@@ -36,6 +35,8 @@ ENCODERS = {
     "tta": ["-c:a", "tta"],
     "wav": [],
     "aiff": [],
+    "rf64": ["-rf64", "always", "-f", "wav"],
+    "caf": [],
     "wma": ["-c:a", "wmav2"],
 }
 
@@ -59,8 +60,31 @@ def synthetic_mpc():
     return b"MPCK" + packets
 
 
+def synthetic_dsf():
+    """Two channels of DSD, a block each."""
+    head = struct.pack("<4sQQQ", b"DSD ", 28, 92 + 8192, 0)
+    head += struct.pack("<4sQIIIIIIQII", b"fmt ", 52, 1, 0, 2, 2, 2822400, 1, 4096 * 8, 4096, 0)
+    return head + struct.pack("<4sQ", b"data", 12 + 8192) + bytes(range(256)) * 32
+
+
+def long_chunk(name, body, even=True):
+    return name + struct.pack(">Q", len(body)) + body + bytes(len(body) % 2 if even else 0)
+
+
+def synthetic_dff():
+    """Two channels of DSD, with a chunk behind it that nobody knows."""
+    properties = (b"SND " + long_chunk(b"FS  ", struct.pack(">I", 2822400))
+                  + long_chunk(b"CHNL", struct.pack(">H", 2) + b"SLFTSRGT") + long_chunk(b"CMPR", b"DSD \x00\0"))
+    chunks = (long_chunk(b"FVER", b"\1\5\0\0") + long_chunk(b"PROP", properties)
+              + long_chunk(b"DSD ", bytes(range(256)) * 32) + long_chunk(b"TEST", b"odd"))
+    return b"FRM8" + struct.pack(">Q", len(chunks) + 4) + b"DSD " + chunks
+
+
 XIPH = ("flac", "ogg", "opus", "spx", "oga")
-SYNTHETIC = {"ape": synthetic_ape, "mpc": synthetic_mpc}
+SYNTHETIC = {"ape": synthetic_ape, "mpc": synthetic_mpc, "dsf": synthetic_dsf, "dff": synthetic_dff}
+UNDECODED = ("ape", "mpc")
+# Formats with one value a field.
+SINGLE = ("caf",)
 FORMATS = list(ENCODERS) + list(SYNTHETIC)
 
 
@@ -100,7 +124,7 @@ def fields(path):
 
 
 def audio(path):
-    if path.rpartition(".")[2] in SYNTHETIC:
+    if path.rpartition(".")[2] in UNDECODED:
         with open(path, "rb") as file:
             return hashlib.md5(file.read(256)).hexdigest()
     return subprocess.run(["ffmpeg", "-hide_banner", "-loglevel", "error", "-i", path, "-map", "0:a", "-f", "md5", "-"],
@@ -140,25 +164,61 @@ def xiph_part(tags):
     return result
 
 
-def chunks(path, byte_order):
-    """RIFF chunks that are no tags, and the INFO entries."""
+# Start of the first chunk, width of the sizes, byte order, whether odd chunks are padded.
+CHUNKED = {"wav": (12, 4, "little", True), "rf64": (12, 4, "little", True), "aiff": (12, 4, "big", True),
+           "dff": (16, 8, "big", True), "caf": (8, 8, "big", False)}
+
+
+def chunks(path):
+    """Chunks that are no tags, the entries of INFO and "info", and the ID3v2 tag."""
+    start, width, byte_order, padded = CHUNKED[path.rpartition(".")[2]]
     result = {}
     with open(path, "rb") as file:
         data = file.read()
-    position = 12
-    while position + 8 <= len(data):
+    position = start
+    size64 = int.from_bytes(data[28:36], "little")
+    while position + 4 + width <= len(data):
         name = data[position:position + 4]
-        size = int.from_bytes(data[position + 4:position + 8], byte_order)
-        body = data[position + 8:position + 8 + size]
+        position += 4 + width
+        size = int.from_bytes(data[position - width:position], byte_order)
+        if width == 4 and size == 0xFFFFFFFF and name == b"data":
+            size = size64
+        if width == 8 and size == 0xFFFFFFFFFFFFFFFF:
+            size = len(data) - position
+        body = data[position:position + size]
         if name == b"LIST" and body.startswith(b"INFO"):
             entry = 4
             while entry + 8 <= len(body):
                 length = int.from_bytes(body[entry + 4:entry + 8], "little")
                 result["info/" + body[entry:entry + 4].decode()] = body[entry + 8:entry + 8 + length]
                 entry += 8 + length + length % 2
-        elif name.upper() != b"ID3 ":
+        elif name == b"info":
+            texts = body[4:].split(b"\0")
+            for key, value in zip(texts[:-1:2], texts[1:-1:2]):
+                result["info/" + key.decode()] = value
+            result["info count"] = int.from_bytes(body[:4], "big") * 2 == len(texts) - 1
+        elif name.upper() == b"ID3 ":
+            result.update(id3_part(ID3(io.BytesIO(body), translate=False)))
+        elif name == b"ds64":
+            result["ds64"] = (int.from_bytes(body[:8], "little") == len(data) - 8, body[8:])
+        elif name != b"free":
             result["chunk/" + name.decode()] = hashlib.md5(body).hexdigest()
-        position += 8 + size + size % 2
+        position += size + (size % 2 if padded else 0)
+    if start > 8:
+        outer = int.from_bytes(data[4:4 + width], byte_order)
+        result["outer size"] = outer == 0xFFFFFFFF or outer == len(data) - 4 - width
+    return result
+
+
+def dsf_part(path):
+    """The tag, and everything else with its pointers checked."""
+    with open(path, "rb") as file:
+        data = file.read()
+    size, pointer = struct.unpack("<QQ", data[12:28])
+    end = pointer or size
+    result = {"size": size == len(data), "head": data[:12], "rest": hashlib.md5(data[28:end]).hexdigest()}
+    if pointer:
+        result.update(id3_part(ID3(io.BytesIO(data[pointer:]), translate=False)))
     return result
 
 
@@ -209,11 +269,10 @@ def snapshot(path):
         result.update(ape_part(path))
     if extension in ("mp3", "tta", "wv", "ape", "mpc", "flac"):
         result.update(id3v1_part(path))
-    if extension in ("wav", "aiff"):
-        result.update(chunks(path, "little" if extension == "wav" else "big"))
-        file = (mutagen.wave.WAVE if extension == "wav" else mutagen.aiff.AIFF)(path)
-        if file.tags is not None:
-            result.update(id3_part(file.tags))
+    if extension in CHUNKED:
+        result.update(chunks(path))
+    if extension == "dsf":
+        result.update(dsf_part(path))
     if extension == "flac":
         for number, block in enumerate(mutagen.flac.FLAC(path).metadata_blocks):
             if block.code not in (1, 4):

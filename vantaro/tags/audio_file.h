@@ -48,6 +48,7 @@ std::unique_ptr<AudioFile> open_riff_file(FileBytes& file, const Format& format,
 std::unique_ptr<AudioFile> open_dsf_file(FileBytes& file, const Format& format, std::size_t start);
 std::unique_ptr<AudioFile> open_caf_file(FileBytes& file, const Format& format, std::size_t start);
 std::unique_ptr<AudioFile> open_mp4_file(FileBytes& file, const Format& format, std::size_t start);
+std::unique_ptr<AudioFile> open_matroska_file(FileBytes& file, const Format& format, std::size_t start);
 std::unique_ptr<AudioFile> open_asf_file(FileBytes& file, const Format& format, std::size_t start);
 
 } // namespace vantaro::core::tags

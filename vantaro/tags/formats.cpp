@@ -15,6 +15,7 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr std::string_view asf_guid = "\x30\x26\xB2\x75\x8E\x66\xCF\x11\xA6\xD9\x00\xAA\x00\x62\xCE\x6C"sv;
+constexpr std::string_view ebml_mark = "\x1A\x45\xDF\xA3"sv;
 /// The first packet of an Ogg page with one segment.
 constexpr std::size_t first_packet = 28;
 
@@ -107,6 +108,12 @@ constexpr auto formats = std::to_array<Format>({
      .signatures = {{{4, "ftyp"}}},
      .open = open_mp4_file,
      .customary_tag = mp4_tag},
+    {.name = "Matroska",
+     .extensions = "mka mkv webm",
+     .mime_types = "audio/x-matroska audio/webm",
+     .signatures = {{{0, ebml_mark}}},
+     .open = open_matroska_file,
+     .customary_tag = matroska_tag},
     {.name = "Ogg Vorbis",
      .extensions = "ogg",
      .mime_types = "audio/ogg audio/x-vorbis+ogg",

@@ -20,6 +20,8 @@
 // - Vorbis, Opus, Speex: the comment's packet, with zero bytes behind the comments. It grows by steps of 4080
 //   bytes, which are a block together with their lacing values. The file grows by whole blocks as long as the
 //   number of its pages stays; where TagLib has not laid them out yet, it may not.
+// - Matroska: the Tags element with the Void elements behind it. Where other elements stand behind those, the
+//   tags go to the end of the segment as new ones, and leave a Void element.
 // - ASF: the header object. Padding objects directly within it are merged to one, the last.
 //
 // APE tags, ID3v1 and LIST INFO have none: they stand at the end of the file, or no form for padding exists.

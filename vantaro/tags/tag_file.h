@@ -7,7 +7,7 @@
 //     FileEdit edit = write_tags(file, field_changes(before.fields(), after.fields())).edit;
 //
 // Formats: MP3, FLAC, Ogg Vorbis, Opus, Ogg FLAC, Speex, MP4, WavPack, Monkey's Audio, Musepack, True Audio,
-// WAV, AIFF, ASF. The format is told by the content, by the extension of the name only when the content does
+// WAV, AIFF, ASF, Matroska (WebM too). The format is told by the content, by the extension of the name only when the content does
 // not say.
 //
 // Fields have upper-case names of one vocabulary, whatever the format calls them (id3v2_places.h and its

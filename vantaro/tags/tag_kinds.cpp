@@ -8,6 +8,8 @@
 #include "vantaro/tags/caf/caf_places.h"
 #include "vantaro/tags/id3v2/id3v2_fields.h"
 #include "vantaro/tags/id3v2/id3v2_places.h"
+#include "vantaro/tags/matroska/matroska_fields.h"
+#include "vantaro/tags/matroska/matroska_places.h"
 #include "vantaro/tags/mp4/mp4_fields.h"
 #include "vantaro/tags/mp4/mp4_places.h"
 #include "vantaro/tags/xiph/xiph_fields.h"
@@ -37,6 +39,7 @@ constexpr auto kinds = std::to_array<TagKind>({
     {mp4_tag, mp4_places, "--:", make<Mp4Fields>},
     {asf_tag, asf_places, "", make<AsfFields>},
     {caf_tag, caf_places, "", make<CafFields>},
+    {matroska_tag, matroska_places, "30:", make<MatroskaFields>},
 });
 
 } // namespace

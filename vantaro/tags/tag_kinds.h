@@ -17,6 +17,7 @@ inline constexpr std::string_view ape_tag = "APEv2";
 inline constexpr std::string_view mp4_tag = "MP4";
 inline constexpr std::string_view asf_tag = "ASF";
 inline constexpr std::string_view caf_tag = "CAF";
+inline constexpr std::string_view matroska_tag = "Matroska";
 
 struct TagKind {
     std::string_view name; ///< as TagStore::kind gives it

@@ -12,11 +12,12 @@ from pathlib import Path
 import mutagen
 from mutagen import apev2, id3, mp4
 
-from tag_builders import append, id3v1, put_caf_entry, save_id3
+from tag_builders import add_matroska_tag, append, id3v1, put_caf_entry, save_id3, simple_tag
 from tag_samples import FORMATS, PROGRAMS, XIPH, TagTestCase, make_sample
 
 SOURCES = Path(__file__).resolve().parents[2] / "vantaro" / "tags"
-TABLES = {"xiph": "", "id3v2": "TXXX:", "ape": "", "mp4": "--:", "asf": "", "caf": ""}
+TABLES = {"xiph": "", "id3v2": "TXXX:", "ape": "", "mp4": "--:", "asf": "", "caf": "",
+          "matroska": "30:"}
 EDITS = ("set", "add", "remove", "remove value", "replace", "split", "copy", "keep")
 NUMBERS = {"BPM", "TRACKNUMBER", "TOTALTRACKS", "DISCNUMBER", "TOTALDISCS", "MOVEMENTNUMBER", "MOVEMENTCOUNT",
            "TVSEASON", "TVEPISODE", "COMPILATION", "GAPLESSPLAYBACK", "PODCAST", "SHOWWORKMOVEMENT"}
@@ -34,7 +35,8 @@ ODD_VALUES = ("", "04", "0", "3/12", "/", "3/", "/12", "17", "(17)", "((x", "RX"
 def table_of(extension):
     if extension in XIPH:
         return "xiph"
-    return {"m4a": "mp4", "wma": "asf", "wv": "ape", "ape": "ape", "mpc": "ape", "caf": "caf"}.get(extension, "id3v2")
+    return {"m4a": "mp4", "wma": "asf", "wv": "ape", "ape": "ape", "mpc": "ape", "caf": "caf",
+            "mka": "matroska", "webm": "matroska"}.get(extension, "id3v2")
 
 
 def names_of(table):
@@ -56,6 +58,8 @@ def put_raw(path, table, name, value):
         file = mp4.MP4(path)
         file[f"----:com.apple.iTunes:{name}"] = [value.encode()]
         file.save()
+    elif table == "matroska":
+        add_matroska_tag(path, simple_tag(name, value))
     elif table == "id3v2":
         file = mutagen.File(path)
         tags = file.tags if isinstance(getattr(file, "tags", None), id3.ID3) else None

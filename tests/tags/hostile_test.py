@@ -11,7 +11,7 @@ from tag_samples import FORMATS, PROGRAMS, TagTestCase, edit
 # TagLib's reader of ASF allocates so much that a sanitizer makes it slow.
 ROUNDS = {"wma": "60"}
 # Most damage goes to the ends of a file. At this end padding would take it, behind the tag.
-TAG_AT_THE_END = ("m4a", "wav", "aiff", "rf64", "dff", "dsf")
+TAG_AT_THE_END = ("m4a", "wav", "aiff", "rf64", "dff", "dsf", "mka", "webm")
 
 
 def fill_padding(path):

@@ -95,11 +95,21 @@ CAF_PLACES = {
 # What the others read the tag with; for RF64, the plain look of the samples.
 ID3V2_READERS = {"mp3": id3.ID3, "tta": id3.ID3, "wav": wave.WAVE, "aiff": aiff.AIFF, "dsf": dsf.DSF,
                  "dff": dsdiff.DSDIFF}
+# As a program shows them that knows names and takes the last of several. No level: those of the track's.
+MKA_PLACES = {
+    "TITLE": FIELDS["TITLE"][0], "ARTIST": "AC/DC", "ALBUM/TITLE": "Album", "ALBUM/ARTIST": "Various", "track": "3",
+    "ALBUM/PART_NUMBER": "1", "ALBUM/TOTAL_PARTS": "12", "ALBUM/DATE_RELEASED": "2001-05-06", "TOTAL_PARTS": "2",
+}
+WEBM_PLACES = {
+    "TITLE": FIELDS["TITLE"][0], "ARTIST": "AC/DC", "ALBUM": "Album", "ALBUM_ARTIST": "Various", "track": "3",
+    "DISC": "1", "TOTAL_PARTS": "12", "DATE": "2001-05-06",
+}
 
 CODECS = {
     "mp3": ("MP3", "lossy"), "flac": ("FLAC", "lossless"), "ogg": ("Vorbis", "lossy"), "opus": ("Opus", "lossy"),
     "spx": ("Speex", "lossy"), "oga": ("FLAC", "lossless"), "m4a": ("AAC", "lossy"), "wv": ("WavPack", "lossless"),
     "tta": ("TTA", "lossless"), "wav": ("PCM", "lossless"), "aiff": ("PCM", "lossless"), "wma": ("WMA", "lossy"),
+    "mka": ("FLAC", "lossless"), "webm": ("Opus", "lossy"),
     "ape": ("Monkey's Audio", "lossless"), "mpc": ("Musepack", "lossy"),
     "rf64": ("PCM", "lossless"), "dsf": ("DSD", "lossless"), "dff": ("DSD", "lossless"), "caf": ("PCM", "lossless"),
 }
@@ -177,6 +187,11 @@ class RoundTrip(TagTestCase):
             self.check_places(apev2.APEv2(path), APE_PLACES)
         elif extension == "m4a":
             self.check_places(mp4.MP4(path), MP4_PLACES)
+        elif extension in ("mka", "webm"):
+            found = subprocess.run(["ffprobe", "-v", "error", "-show_entries", "format_tags", "-of", "json", path],
+                                   check=True, capture_output=True).stdout
+            tags = json.loads(found)["format"]["tags"]
+            self.assertLessEqual((MKA_PLACES if extension == "mka" else WEBM_PLACES).items(), tags.items())
         elif extension == "wma":
             self.check_places(asf.ASF(path), ASF_PLACES)
         else:

@@ -42,6 +42,34 @@ def id3v1(**values):
     return tag + b"\0" + bytes([values.get("track", 0), values.get("genre", 255)])
 
 
+def ebml(name, body):
+    """An element; the identifier in hexadecimal digits."""
+    return bytes.fromhex(name) + struct.pack(">Q", 1 << 56 | len(body)) + body
+
+
+def simple_tag(name, value, further=b""):
+    return ebml("67C8", ebml("45A3", name.encode()) + ebml("4487", value.encode()) + further)
+
+
+def matroska_tag(simples, level=30, targets=b""):
+    return ebml("7373", ebml("63C0", (ebml("68CA", bytes([level])) if level else b"") + targets) + simples)
+
+
+def add_matroska_tag(path, simples):
+    """To those of the track, in a file whose Tags element is the last one but for what is free behind it."""
+    with open(path, "rb") as file:
+        data = file.read()
+    start = data.rindex(b"\x12\x54\xc3\x67")
+    width = 9 - data[start + 4].bit_length()
+    size = int.from_bytes(data[start + 4:start + 4 + width], "big") ^ 1 << 7 * width
+    body = data[start + 4 + width:start + 4 + width + size]
+    element = ebml("1254C367", body + matroska_tag(simples))
+    free = len(data) - start - len(element) - 9
+    assert free >= 0
+    with open(path, "wb") as file:
+        file.write(data[:start] + element + ebml("EC", bytes(free)))
+
+
 def append(path, data):
     with open(path, "ab") as file:
         file.write(data)

@@ -38,6 +38,9 @@ ENCODERS = {
     "rf64": ["-rf64", "always", "-f", "wav"],
     "caf": [],
     "wma": ["-c:a", "wmav2"],
+    "mka": ["-c:a", "flac"],
+    # With a tag that tells no level, as most programs write them.
+    "webm": ["-c:a", "libopus", "-metadata", "SOURCE=here"],
 }
 
 

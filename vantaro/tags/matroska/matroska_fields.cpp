@@ -73,6 +73,7 @@ MatroskaFields::MatroskaFields(std::string_view bytes, std::uint64_t track) {
     while (const std::optional<EbmlElement> element = take_element(bytes)) {
         if (element->id == tag_id) {
             tags_.push_back(read_tag(element->body, track));
+            tags_.back().bytes = element->whole;
             simples += tags_.back().simples.size() + 1;
             if (simples > most_simples)
                 throw vantaro_io::exception_io_data("The file has more than 10,000 tags");
@@ -139,6 +140,10 @@ MatroskaFields::Simple MatroskaFields::read_simple(std::string_view whole, std::
 std::string MatroskaFields::render() const {
     std::string result;
     for (const Tag& tag : tags_) {
+        if (!tag.bytes.empty()) {
+            result += tag.bytes;
+            continue;
+        }
         std::string body = tag.targets + tag.head;
         for (const Simple& simple : tag.simples)
             body += simple.bytes;
@@ -235,6 +240,11 @@ void MatroskaFields::split_pair(const std::string& name) {
 }
 
 void MatroskaFields::replace(const std::string& field, const Values& values) {
+    struct Match {
+        Tag* tag;
+        Simple* simple;
+        std::string place;
+    };
     struct Found {
         std::string place;
         std::size_t count;
@@ -242,23 +252,25 @@ void MatroskaFields::replace(const std::string& field, const Values& values) {
     std::vector<Found> done;
     const bool told_track = tells_track();
     // By what they mean before anything changes.
-    std::vector<std::pair<Simple*, std::string>> matching;
+    std::vector<Match> matching;
     for (Tag& tag : tags_)
         for (Simple& simple : tag.simples) {
             const unsigned level = tag.counts && simple.value ? level_of(tag) : no_level;
             if (level != no_level && field_at(level, simple.name) == field)
-                matching.emplace_back(&simple, upper_name(place_at(level, simple.name)));
+                matching.push_back({&tag, &simple, upper_name(place_at(level, simple.name))});
         }
-    for (const auto& [simple, place] : matching) {
+    for (const auto& [tag, simple, place] : matching) {
         auto found = std::ranges::find(done, place, &Found::place);
         if (found == done.end())
             found = done.insert(done.end(), {place, 0});
         if (found->count >= values.size()) {
             simple->bytes.clear();
             simple->value.reset();
+            tag->bytes.clear();
         } else if (const std::string& value = values[found->count++]; *simple->value != value) {
             simple->bytes = simple_bytes(simple->bytes, simple->name, value);
             simple->value = value;
+            tag->bytes.clear();
         }
     }
     if (done.empty())
@@ -276,6 +288,7 @@ void MatroskaFields::replace(const std::string& field, const Values& values) {
                     tag = &other;
             if (tag == nullptr)
                 tag = &tag_of_level(level);
+            tag->bytes.clear();
             tag->simples.push_back({name, values[i], simple_bytes({}, name, values[i])});
         }
     }
@@ -306,7 +319,7 @@ MatroskaFields::Tag& MatroskaFields::tag_of_level(unsigned level) {
     for (Tag& tag : tags_)
         if (tag.counts && level_of(tag) == level)
             return tag;
-    return tags_.emplace_back(Tag{targets_of(level), level});
+    return tags_.emplace_back(Tag{{}, targets_of(level), level});
 }
 
 void MatroskaFields::tell_levels(bool told_track) {
@@ -315,6 +328,7 @@ void MatroskaFields::tell_levels(bool told_track) {
     for (Tag& tag : tags_)
         if (tag.counts && tag.told == no_level) {
             tag.targets = targets_of(album_level);
+            tag.bytes.clear();
             tag.told = album_level;
         }
 }

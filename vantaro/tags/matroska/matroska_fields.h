@@ -46,6 +46,7 @@ private:
         std::string bytes;                ///< as it stands in the file
     };
     struct Tag {
+        std::string bytes;   ///< as it stands in the file; empty when it has changed
         std::string targets; ///< the element
         unsigned told = no_level;
         bool counts = true; ///< its texts can be fields

@@ -86,6 +86,15 @@ public:
         count = std::min(count, size());
         return file_ == nullptr ? std::string_view(made_).substr(0, count) : file_->bytes(start_, count);
     }
+    /// Some of them. Requires: it has these.
+    std::string_view bytes(std::size_t start, std::size_t size) const {
+        return file_ == nullptr ? std::string_view(made_).substr(start, size)
+                                : file_->bytes(start_ + start, size);
+    }
+    /// A range of it. Requires: it has one.
+    Part part(std::size_t start, std::size_t size) const {
+        return file_ == nullptr ? Part(made_.substr(start, size)) : Part(*file_, start_ + start, size);
+    }
     /// Whether it is what the file has at this place.
     bool stands_at(std::size_t place) const { return file_ != nullptr && start_ == place; }
 

@@ -1,5 +1,6 @@
 #include "vantaro/tags/id3v2/id3v22.h"
 
+#include "vantaro/tags/numbers.h"
 #include "vantaro/tags/text.h"
 
 #include <algorithm>
@@ -94,26 +95,32 @@ std::string converted_picture(std::string_view body) {
     return std::string(body.substr(0, 1)) + type + '\0' + std::string(body.substr(4));
 }
 
-std::vector<Id3v2Frame> take_v22_frames(std::string_view& bytes) {
-    std::vector<Id3v2Frame> frames;
-    while (bytes.size() >= header_size) {
-        const std::string_view id = bytes.substr(0, id_size);
-        std::size_t size = 0;
-        for (const char c : bytes.substr(id_size, 3))
-            size = size << 8 | static_cast<unsigned char>(c);
-        if (size > bytes.size() - header_size)
+Id3v2Tag parse_v22_frames(const Part& content) {
+    Id3v2Tag tag;
+    tag.version = 3;
+    tag.was_v22 = true;
+    std::size_t place = 0;
+    const auto left = [&] { return content.size() - place; };
+    while (left() >= header_size) {
+        const std::string_view header = content.bytes(place, header_size);
+        const std::string_view id = header.substr(0, id_size);
+        const std::size_t size = big_endian(header.substr(id_size, 3));
+        if (size > left() - header_size)
             break;
-        if (!is_name(id) && !(is_odd_name(id) && is_frame_end(bytes.substr(header_size + size))))
+        const std::size_t end = place + header_size + size;
+        if (!is_name(id) && !(is_odd_name(id) && is_frame_end(content.bytes(end, content.size() - end))))
             break;
         const std::string_view name = new_name(id);
         Id3v2Frame frame{name.empty() ? "X" + std::string(id) : std::string(name), 0,
-                         std::string(bytes.substr(header_size, size))};
+                         content.part(place + header_size, size)};
         if (frame.id == "APIC")
-            frame.body = converted_picture(frame.body);
-        frames.push_back(std::move(frame));
-        bytes.remove_prefix(header_size + size);
+            frame.id = std::string("PIC\0", id_size + 1);
+        tag.frames.push_back(std::move(frame));
+        place = end;
     }
-    return frames;
+    const std::string_view rest = content.bytes(place, left());
+    tag.rest = rest.substr(0, rest.find_last_not_of('\0') + 1);
+    return tag;
 }
 
 } // namespace vantaro::core::tags

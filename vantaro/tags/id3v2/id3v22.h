@@ -5,9 +5,10 @@
 
 namespace vantaro::core::tags {
 
-/// Takes the frames from the front of what follows the header of the tag. Frames that 2.3 has no name for
-/// (CRM, and those of no standard) are kept under their name with an "X" in front.
-std::vector<Id3v2Frame> take_v22_frames(std::string_view& bytes);
+/// The frames in what follows the header of the tag, as a tag of 2.3. Frames that 2.3 has no name for (CRM,
+/// and those of no standard) are kept under their name with an "X" in front; pictures have their old name and
+/// body until they are written.
+Id3v2Tag parse_v22_frames(const Part& content);
 
 /// What a name of three characters with a NUL or a blank behind stands for in 2.3; empty when there is no
 /// such frame, or its body would be another one.

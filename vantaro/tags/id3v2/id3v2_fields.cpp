@@ -35,10 +35,9 @@ std::string Id3v2Fields::place_of(const Id3v2Frame& frame) const {
     if (const FieldPlace* row = row_of_place(id3v2_places, frame.id);
         frame.id != "TXXX" && (row == nullptr || row->place != frame.id)) // frames' names have a case
         return {};
-    const std::optional<std::string> content = frame_content(tag_, frame);
-    if (!content || frame.id != "TXXX")
-        return content ? frame.id : "";
-    const Values strings = decode_text(*content);
+    if (!has_content(tag_, frame) || frame.id != "TXXX")
+        return has_content(tag_, frame) ? frame.id : "";
+    const Values strings = decode_text(*frame_content(tag_, frame));
     return std::string(user_text) + (strings.empty() ? "" : strings[0]);
 }
 
@@ -74,9 +73,11 @@ std::string Id3v2Fields::date_of_v23() const {
 
 std::vector<TrackField> Id3v2Fields::fields() const {
     RankedFields result;
+    Values places;
+    for (const Id3v2Frame& frame : tag_.frames)
+        places.push_back(place_of(frame));
     const auto present = [&](std::string_view place) {
-        return std::ranges::any_of(tag_.frames,
-                                   [&](const Id3v2Frame& frame) { return place_of(frame) == place; });
+        return std::ranges::find(places, place) != places.end();
     };
     for (const Id3v2Frame& frame : tag_.frames) {
         const std::optional<std::string> content =
@@ -109,7 +110,8 @@ std::vector<TrackField> Id3v2Fields::fields() const {
         } else if (frame.id == "TYER") {
             if (!has_frame("TDRC"))
                 result.add("DATE", 0, {date_of_v23()});
-        } else if (const std::string place = place_of(frame); place.size() > user_text.size()) {
+        } else if (const std::string& place = places[static_cast<std::size_t>(&frame - tag_.frames.data())];
+                   place.size() > user_text.size()) {
             const std::string name = listed_name(place.substr(user_text.size()));
             const bool own_name = name == upper_name(std::string_view(place).substr(user_text.size()));
             result.add(name, own_name ? id3v2_places.size() : rank_of_place(id3v2_places, place),
@@ -190,17 +192,18 @@ void Id3v2Fields::set_texts(const std::string& name, const Values& values, const
     allow_several(values);
     const bool web_text = values.size() == 1 && to_latin1(values[0]);
     Values places; // those that the tag has, each once
+    Values all_places;
+    for (const Id3v2Frame& frame : tag_.frames)
+        all_places.push_back(place_of(frame));
     const auto present = [&](std::string_view place) {
-        return std::ranges::any_of(tag_.frames,
-                                   [&](const Id3v2Frame& frame) { return place_of(frame) == place; });
+        return std::ranges::find(all_places, place) != all_places.end();
     };
     const auto is_place_of_field = [&](const std::string& place) {
         if (row_of_place(id3v2_places, place) != nullptr)
             return field_of_place(id3v2_places, place, present) == name;
         return place.starts_with(user_text) && upper_name(place.substr(user_text.size())) == name;
     };
-    for (const Id3v2Frame& frame : tag_.frames) {
-        const std::string place = place_of(frame);
+    for (const std::string& place : all_places) {
         if (!place.empty() && is_place_of_field(place) && std::ranges::find(places, place) == places.end())
             places.push_back(place);
     }
@@ -261,7 +264,9 @@ void Id3v2Fields::set_genres(const Values& values) {
 
 void Id3v2Fields::set_identifier(const Values& values) {
     const auto matches = [&](const Id3v2Frame& frame) {
-        return frame.id == "UFID" && frame.body.starts_with(std::string(musicbrainz_owner) + '\0');
+        const std::optional<std::string> content =
+            frame.id == "UFID" ? frame_content(tag_, frame) : std::nullopt;
+        return content && content->starts_with(std::string(musicbrainz_owner) + '\0');
     };
     if (values.size() > 1) {
         replace_frames(matches, {});

@@ -32,7 +32,7 @@ public:
     explicit Id3v2Fields(int version) { tag_.version = version; }
     /// The tag of `size` bytes in a file, which outlives this. Throws exception_io_data.
     Id3v2Fields(FileBytes& file, std::size_t start, std::size_t size)
-        : tag_(parse_id3v2(file.bytes(start, size))) {}
+        : tag_(parse_id3v2(file, start, size)) {}
 
     std::string kind() const override { return "ID3v2." + std::to_string(tag_.version); }
     std::vector<TrackField> fields() const override;
@@ -43,7 +43,7 @@ public:
     /// The whole tag, as render_id3v2 says.
     std::vector<Part> render(std::size_t room, std::size_t beside = 0,
                              std::size_t most = std::numeric_limits<std::size_t>::max()) const {
-        return {Part(render_id3v2(tag_, room, beside, most))};
+        return render_id3v2(tag_, room, beside, most);
     }
 
 private:

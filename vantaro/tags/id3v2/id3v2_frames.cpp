@@ -2,10 +2,14 @@
 
 #include "host/api/exceptions.h"
 #include "vantaro/tags/id3v2/id3v22.h"
+#include "vantaro/tags/id3v2/id3v2_names.h"
 #include "vantaro/tags/padding.h"
 #include "vantaro/tags/tag_store.h"
 
+#include <zlib.h>
+
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 namespace vantaro::core::tags {
@@ -14,11 +18,17 @@ namespace {
 
 constexpr std::size_t header_size = 10;
 constexpr std::size_t largest_tag = 0x0FFFFFFF + header_size;
+/// What the compressed frames of a tag may come to.
+constexpr std::size_t most_expanded = 16 << 20;
 
 // Bits of the second flag byte.
-constexpr unsigned v23_coded = 0xE0; // compressed, encrypted, grouped
+constexpr unsigned v23_compressed = 0x80;
+constexpr unsigned v23_encrypted = 0x40;
+constexpr unsigned v23_grouped = 0x20;
+constexpr unsigned v23_coded = v23_compressed | v23_encrypted | v23_grouped;
 constexpr unsigned v24_grouped = 0x40;
-constexpr unsigned v24_compressed_or_encrypted = 0x0C;
+constexpr unsigned v24_compressed = 0x08;
+constexpr unsigned v24_encrypted = 0x04;
 constexpr unsigned v24_unsynchronised = 0x02;
 constexpr unsigned v24_length_indicator = 0x01;
 
@@ -64,11 +74,67 @@ bool is_odd_frame_id(std::string_view id) {
     });
 }
 
+/// Bytes that frames stand in: parts of a file and made ones, one behind the other.
+class Sequence {
+public:
+    explicit Sequence(std::vector<Part> parts) : parts_(std::move(parts)) {
+        for (const Part& part : parts_) {
+            starts_.push_back(size_);
+            size_ += part.size();
+        }
+    }
+
+    std::size_t size() const { return size_; }
+    /// A few; fewer at the end.
+    std::string some(std::size_t start, std::size_t count) const {
+        std::string result;
+        count = std::min(count, size_ - std::min(start, size_));
+        for (std::size_t i = index_at(start); result.size() < count; ++i) {
+            const std::size_t from = start + result.size() - starts_[i];
+            const std::size_t here = std::min(parts_[i].size() - from, count - result.size());
+            result += parts_[i].bytes(from, here);
+        }
+        return result;
+    }
+    /// Requires: it does not reach from one part into the next.
+    Part part(std::size_t start, std::size_t count) const {
+        if (count == 0)
+            return {};
+        const std::size_t i = index_at(start);
+        return parts_[i].part(start - starts_[i], count);
+    }
+    /// Where the zeros at the end begin. Looked for from the end: what stands before them is not read.
+    std::size_t padding() const {
+        std::size_t block = least_block;
+        for (std::size_t i = parts_.size(); i-- > 0;)
+            for (std::size_t end = parts_[i].size(); end > 0; block = std::min(2 * block, largest_block)) {
+                const std::size_t start = end - std::min(end, block);
+                const std::string_view bytes = parts_[i].bytes(start, end - start);
+                if (const std::size_t last = bytes.find_last_not_of('\0'); last != bytes.npos)
+                    return starts_[i] + start + last + 1;
+                end = start;
+            }
+        return 0;
+    }
+
+private:
+    static constexpr std::size_t least_block = 4 << 10;
+    static constexpr std::size_t largest_block = 1 << 20;
+
+    std::size_t index_at(std::size_t place) const {
+        return static_cast<std::size_t>(std::ranges::upper_bound(starts_, place) - starts_.begin()) - 1;
+    }
+
+    std::vector<Part> parts_;
+    std::vector<std::size_t> starts_;
+    std::size_t size_ = 0;
+};
+
 /// The frames of a tag or of a chapter, from `position` on.
 class FrameReader {
 public:
-    FrameReader(std::string_view bytes, std::size_t position, unsigned version)
-        : bytes_(bytes), version_(version), padding_(bytes.find_last_not_of('\0') + 1) {
+    FrameReader(Sequence bytes, std::size_t position, unsigned version)
+        : bytes_(std::move(bytes)), version_(version), padding_(bytes_.padding()) {
         while (read_frame(position)) {
         }
         rest_ = std::min(position, bytes_.size());
@@ -76,11 +142,12 @@ public:
 
     std::vector<Id3v2Frame> take_frames() { return std::move(frames_); }
     /// What is left; it may end with padding.
-    std::string_view left() const { return bytes_.substr(rest_); }
-    /// The same without padding. The zeros at the end of a frame that is cut off are its own.
-    std::string_view rest() const {
-        return is_cut_off_ ? left() : bytes_.substr(rest_, std::max(padding_, rest_) - rest_);
+    std::string left() const { return bytes_.some(rest_, bytes_.size()); }
+    /// Of the same without padding. The zeros at the end of a frame that is cut off are its own.
+    std::size_t rest_size() const {
+        return (is_cut_off_ ? bytes_.size() : std::max(padding_, rest_)) - rest_;
     }
+    std::string rest() const { return bytes_.some(rest_, rest_size()); }
 
 private:
     // How much speaks for a frame's end at a place.
@@ -91,52 +158,54 @@ private:
             return End::none;
         if (place == bytes_.size() || place >= padding_)
             return End::certain;
-        if (bytes_.size() - place >= header_size) {
-            if (is_frame_id(bytes_.substr(place, 4)))
+        const std::string next = bytes_.some(place, header_size);
+        if (next.size() == header_size) {
+            if (is_frame_id(next.substr(0, 4)))
                 return End::certain;
-            if (is_odd_frame_id(bytes_.substr(place, 4)))
+            if (is_odd_frame_id(std::string_view(next).substr(0, 4)))
                 return End::odd_name;
         }
-        return bytes_[place] == 0 ? End::zero : End::none;
+        return next[0] == 0 ? End::zero : End::none;
     }
 
     // Some programs write plain sizes into 2.4 frames. What stands behind the frame tells which it is. A zero
     // says little: it may be padding, and it may be one of the many in a picture.
-    std::size_t frame_size(std::size_t position) const {
-        const std::string_view field = bytes_.substr(position + 4, 4);
+    std::size_t frame_size(std::size_t body, std::string_view field) const {
         const std::size_t plain = number(field, 8);
         if (version_ != 4 || !is_synchsafe(field))
             return plain;
         const std::size_t synchsafe = number(field, 7);
-        const std::size_t body = position + header_size;
-        return end_at(body + plain) > end_at(body + synchsafe) ? plain : synchsafe;
+        if (synchsafe == plain)
+            return plain;
+        const End end = end_at(body + synchsafe);
+        return end != End::certain && end_at(body + plain) > end ? plain : synchsafe;
     }
 
     bool read_frame(std::size_t& position) {
         if (position > bytes_.size() || bytes_.size() - position < header_size || position >= padding_)
             return false;
-        const std::string_view id = bytes_.substr(position, 4);
+        const std::string header = bytes_.some(position, header_size);
+        const std::string id = header.substr(0, 4);
         const bool is_usual = is_frame_id(id);
         if (!is_usual && !is_odd_frame_id(id))
             return false;
-        const std::size_t size = frame_size(position);
         const std::size_t body = position + header_size;
+        const std::size_t size = frame_size(body, std::string_view(header).substr(4, 4));
         if (size > bytes_.size() - body) {
             is_cut_off_ = is_usual;
             return false;
         }
         if (!is_usual && end_at(body + size) < End::odd_name)
             return false;
-        const auto flags = static_cast<std::uint16_t>(number(bytes_.substr(position + 8, 2), 8));
-        Id3v2Frame& frame =
-            frames_.emplace_back(Id3v2Frame{std::string(id), flags, std::string(bytes_.substr(body, size))});
+        const auto flags = static_cast<std::uint16_t>(number(std::string_view(header).substr(8), 8));
+        Id3v2Frame& frame = frames_.emplace_back(Id3v2Frame{id, flags, bytes_.part(body, size)});
         if (const std::string name = is_usual ? "" : name_of_v22(id); !name.empty())
             frame.stored_id = std::exchange(frame.id, name);
         position = body + size;
         return true;
     }
 
-    std::string_view bytes_;
+    const Sequence bytes_;
     unsigned version_;
     std::size_t padding_; ///< from here on there are only zeros
     std::size_t rest_ = 0;
@@ -144,85 +213,167 @@ private:
     std::vector<Id3v2Frame> frames_;
 };
 
-std::size_t extended_header_size(std::string_view bytes, unsigned version) {
-    if (bytes.size() < 4)
-        return bytes.size();
-    const std::size_t size =
-        version == 3 ? std::size_t{number(bytes.substr(0, 4), 8)} + 4 : number(bytes.substr(0, 4), 7);
-    return std::min(size, bytes.size());
+// Some programs set the flag and write none.
+std::size_t extended_header_size(std::string_view size_field, unsigned version) {
+    if (is_frame_id(size_field))
+        return 0;
+    return version == 3 ? std::size_t{number(size_field, 8)} + 4 : number(size_field, 7);
 }
 
-std::string render_frames(const std::vector<Id3v2Frame>& frames, int version) {
-    std::string result;
-    for (const Id3v2Frame& frame : frames) {
-        result += frame.stored_id.empty() ? frame.id : frame.stored_id;
-        result += number_bytes(frame.body.size(), version == 4 ? 7 : 8);
-        result += static_cast<char>(frame.flags >> 8);
-        result += static_cast<char>(frame.flags & 0xFF);
-        result += frame.body;
+void append_frames(std::vector<Part>& parts, const Id3v2Tag& tag) {
+    for (const Id3v2Frame& frame : tag.frames) {
+        const bool is_old_picture = tag.was_v22 && is_picture_of_v22(frame.id);
+        const Part body = is_old_picture ? Part(converted_picture(frame.body.bytes())) : frame.body;
+        std::string header = is_old_picture ? "APIC" : frame.stored_id.empty() ? frame.id : frame.stored_id;
+        header += number_bytes(body.size(), tag.version == 4 ? 7 : 8);
+        header += static_cast<char>(frame.flags >> 8);
+        header += static_cast<char>(frame.flags & 0xFF);
+        parts.emplace_back(std::move(header));
+        parts.push_back(body);
     }
-    return result;
 }
 
-std::string render_whole(const Id3v2Tag& tag, const std::string& content, std::size_t size) {
-    std::string result = "ID3";
-    result += static_cast<char>(tag.version);
-    result += std::string(2, '\0');
-    result += number_bytes(size - header_size, 7);
-    result += content;
-    result.resize(size);
-    return result;
+// The frames and the rest, behind an empty part for the header.
+std::vector<Part> content_of(const Id3v2Tag& tag) {
+    std::vector<Part> parts(1);
+    append_frames(parts, tag);
+    parts.emplace_back(tag.rest);
+    return parts;
+}
+
+std::size_t size_of(const std::vector<Part>& parts) {
+    return std::accumulate(parts.begin(), parts.end(), std::size_t{0},
+                           [](std::size_t sum, const Part& part) { return sum + part.size(); });
+}
+
+std::vector<Part> render_whole(const Id3v2Tag& tag, std::vector<Part> content, std::size_t size) {
+    std::string header = "ID3";
+    header += static_cast<char>(tag.version);
+    header += std::string(2, '\0');
+    header += number_bytes(size - header_size, 7);
+    content.front() = Part(std::move(header));
+    content.emplace_back(std::string(size - size_of(content), '\0'));
+    return content;
 }
 
 // Whether the frames in these bytes end where those of the tag do.
-bool reads_back(const Id3v2Tag& tag, std::string_view bytes) {
-    FrameReader reader(bytes, header_size, static_cast<unsigned>(tag.version));
-    const std::vector<Id3v2Frame> frames = reader.take_frames();
-    return reader.rest() == tag.rest
-           && std::ranges::equal(frames, tag.frames, {}, &Id3v2Frame::body, &Id3v2Frame::body);
+bool reads_back(const Id3v2Tag& tag, const std::vector<Part>& parts) {
+    // As one made for it, so that no frame reaches over the end of a part: a few bytes are looked at only.
+    FrameReader reader(Sequence(parts), header_size, static_cast<unsigned>(tag.version));
+    const auto size_of_body = [](const Id3v2Frame& frame) { return frame.body.size(); };
+    return reader.rest_size() == tag.rest.size()
+           && std::ranges::equal(reader.take_frames(), tag.frames, {}, size_of_body, size_of_body);
 }
 
 void restructure(std::vector<Id3v2Frame>& frames);
 
 // Chapters hold frames of their own behind a head of known form.
 void restructure_chapter(Id3v2Frame& frame) {
-    std::size_t head = frame.body.find('\0');
-    if (head == std::string::npos)
+    const std::string_view body = frame.body.bytes();
+    std::size_t head = body.find('\0');
+    if (head == body.npos)
         return;
     head += 1;
     if (frame.id == "CHAP") {
         head += 16; // four times
-    } else if (head + 2 <= frame.body.size()) {
-        auto children = static_cast<unsigned char>(frame.body[head + 1]);
+    } else if (head + 2 <= body.size()) {
+        auto children = static_cast<unsigned char>(body[head + 1]);
         head += 2;
         for (; children > 0; --children) {
-            const std::size_t end = frame.body.find('\0', head);
-            if (end == std::string::npos)
+            const std::size_t end = body.find('\0', head);
+            if (end == body.npos)
                 return;
             head = end + 1;
         }
     }
-    if (head >= frame.body.size())
+    if (head >= body.size())
         return;
-    FrameReader reader(frame.body, head, 3);
+    FrameReader reader(Sequence({frame.body}), head, 3);
     std::vector<Id3v2Frame> frames = reader.take_frames();
     restructure(frames);
-    frame.body = frame.body.substr(0, head) + render_frames(frames, 4) + std::string(reader.left());
+    std::vector<Part> parts{Part(std::string(body.substr(0, head)))};
+    append_frames(parts, {4, std::move(frames)});
+    std::string changed;
+    for (const Part& part : parts)
+        changed += part.bytes();
+    frame.body = Part(changed + reader.left());
+}
+
+// In 2.3 the size stands before the group, in 2.4 behind it.
+void restructure_coding(Id3v2Frame& frame, unsigned coding) {
+    if ((coding & v23_encrypted) != 0)
+        throw Refused("the ID3v2.3 tag has an encrypted frame, so it cannot become ID3v2.4");
+    const bool is_compressed = (coding & v23_compressed) != 0;
+    const bool is_grouped = (coding & v23_grouped) != 0;
+    const std::string_view body = frame.body.bytes();
+    const std::size_t size_field = is_compressed ? 4 : 0;
+    if (body.size() < size_field + (is_grouped ? 1 : 0))
+        throw Refused("the ID3v2.3 tag has a damaged frame, so it cannot become ID3v2.4");
+    std::string changed(body.substr(size_field, is_grouped ? 1 : 0));
+    if (is_compressed) {
+        const std::uint32_t size = number(body.substr(0, 4), 8);
+        if (size > 0x0FFFFFFF)
+            throw Refused("the ID3v2.3 tag has a frame that is too large for ID3v2.4");
+        changed += number_bytes(size, 7);
+        frame.flags |= v24_compressed | v24_length_indicator;
+    }
+    if (is_grouped)
+        frame.flags |= v24_grouped;
+    frame.body = Part(changed + std::string(body.substr(size_field + (is_grouped ? 1 : 0))));
 }
 
 void restructure(std::vector<Id3v2Frame>& frames) {
     for (Id3v2Frame& frame : frames) {
-        if ((frame.flags & v23_coded) != 0)
-            throw Refused("the ID3v2.3 tag has a compressed or encrypted frame, so it cannot become ID3v2.4");
+        const unsigned coding = frame.flags & v23_coded;
         frame.flags = static_cast<std::uint16_t>(frame.flags >> 1 & 0x7000); // the status bits move by one
         frame.stored_id.clear();
+        if (coding != 0) {
+            restructure_coding(frame, coding);
+            continue;
+        }
         if (is_picture_of_v22(frame.id)) {
             frame.id = "APIC";
-            frame.body = converted_picture(frame.body);
+            frame.body = converted_picture(frame.body.bytes());
         }
         if (frame.id == "CHAP" || frame.id == "CTOC")
             restructure_chapter(frame);
     }
+}
+
+/// Nothing when these are no deflated bytes of that size. `left` is what may become of the frames of a tag
+/// altogether: a few bytes can hold very many.
+std::optional<std::string> inflate(std::string_view packed, std::size_t size, std::size_t& left) {
+    constexpr std::size_t highest_ratio = 1032;
+    if (size > left || size / highest_ratio > packed.size())
+        return std::nullopt;
+    left -= size;
+    std::string result(size, '\0');
+    uLongf got = size;
+    const int state = ::uncompress(reinterpret_cast<Bytef*>(result.data()), &got,
+                                   reinterpret_cast<const Bytef*>(packed.data()), packed.size());
+    if (state != Z_OK || got != size)
+        return std::nullopt;
+    return result;
+}
+
+void expand(const Id3v2Tag& tag, Id3v2Frame& frame, std::size_t& left) {
+    const unsigned flags = frame.flags & 0xFF;
+    const bool is_v23 = tag.version == 3;
+    // Without the length nobody knows how much memory it may take.
+    const unsigned needed = is_v23 ? v23_compressed : v24_compressed | v24_length_indicator;
+    if ((flags & needed) != needed || (flags & (is_v23 ? v23_encrypted : v24_encrypted)) != 0
+        || !may_hold_field(frame.id))
+        return;
+    const std::size_t group = (flags & (is_v23 ? v23_grouped : v24_grouped)) != 0 ? 1 : 0;
+    std::string_view body = frame.body.bytes();
+    if (body.size() < group + 4)
+        return;
+    const std::size_t size = is_v23 ? number(body.substr(0, 4), 8) : number(body.substr(group, 4), 7);
+    body.remove_prefix(group + 4);
+    if (!is_v23 && (flags & v24_unsynchronised) != 0)
+        frame.expanded = inflate(without_unsynchronisation(body), size, left);
+    else
+        frame.expanded = inflate(body, size, left);
 }
 
 } // namespace
@@ -235,71 +386,79 @@ std::size_t id3v2_size(std::string_view bytes) {
     return number(bytes.substr(6, 4), 7) + header_size * (footer ? 2 : 1);
 }
 
-Id3v2Tag parse_id3v2(std::string_view bytes) {
-    const std::size_t size = id3v2_size(bytes);
-    if (size == 0 || bytes[3] < 2 || bytes[3] > 4)
-        throw vantaro_io::exception_io_data("Unknown version of ID3v2");
-    const auto version = static_cast<unsigned char>(bytes[3]);
-    const auto flags = static_cast<unsigned char>(bytes[5]);
-    const bool footer = version == 4 && (flags & 0x10) != 0;
-    bytes = bytes.substr(0, size).substr(header_size);
-    if (footer && bytes.size() >= header_size)
-        bytes.remove_suffix(header_size);
-    std::string decoded;
-    if ((flags & 0x80) != 0 && version < 4) {
-        decoded = without_unsynchronisation(bytes);
-        bytes = decoded;
-    }
-    if (version == 2) {
-        std::vector<Id3v2Frame> frames = take_v22_frames(bytes);
-        return {3, std::move(frames), std::string(bytes.substr(0, bytes.find_last_not_of('\0') + 1)), true};
-    }
-    const std::size_t start = (flags & 0x40) != 0 ? extended_header_size(bytes, version) : 0;
-    FrameReader reader(bytes, start, version);
-    Id3v2Tag tag{static_cast<int>(version), reader.take_frames(), std::string(reader.rest())};
-    // The header speaks for all frames; it is written back without that flag.
-    if ((flags & 0x80) != 0 && version == 4)
-        for (Id3v2Frame& frame : tag.frames)
+Id3v2Tag parse_id3v2(FileBytes& file, std::size_t start, std::size_t size) {
+    const std::string_view header = file.some(start, header_size);
+    const std::size_t whole = std::min(size, id3v2_size(header));
+    if (whole < header_size || header[3] < 2 || header[3] > 4)
+        throw vantaro_io::exception_io_data("The ID3v2 tag is of no version that is known");
+    file.note_tag(start, whole);
+    const auto version = static_cast<unsigned char>(header[3]);
+    const auto flags = static_cast<unsigned char>(header[5]);
+    const bool footer = version == 4 && (flags & 0x10) != 0 && whole >= 2 * header_size;
+    Part content(file, start + header_size, whole - header_size * (footer ? 2 : 1));
+    const bool is_unsynchronised = (flags & 0x80) != 0;
+    if (is_unsynchronised && version < 4)
+        content = Part(without_unsynchronisation(content.bytes()));
+    if (version == 2)
+        return parse_v22_frames(content);
+    std::size_t first = 0;
+    if ((flags & 0x40) != 0 && content.size() >= 4)
+        first = extended_header_size(content.head(4), version);
+    if (first > content.size())
+        throw vantaro_io::exception_io_data("The extended header of the ID3v2 tag is longer than the tag");
+    FrameReader reader(Sequence({content}), first, version);
+    Id3v2Tag tag{static_cast<int>(version), reader.take_frames(), reader.rest()};
+    std::size_t left = most_expanded;
+    for (Id3v2Frame& frame : tag.frames) {
+        // The header speaks for all frames; it is written back without that flag.
+        if (is_unsynchronised && version == 4)
             frame.flags |= v24_unsynchronised;
+        expand(tag, frame, left);
+    }
     return tag;
 }
 
-std::string render_id3v2(const Id3v2Tag& tag, std::size_t room, std::size_t beside, std::size_t most) {
+std::vector<Part> render_id3v2(const Id3v2Tag& tag, std::size_t room, std::size_t beside, std::size_t most) {
     if (tag.was_v22 && !tag.rest.empty())
         throw vantaro_io::exception_io("There is something behind the frames of the ID3v2.2 tag that is "
                                        "none, so it cannot become ID3v2.3");
-    const std::string frames = render_frames(tag.frames, tag.version) + tag.rest;
-    const std::size_t needed = header_size + frames.size();
+    const std::vector<Part> content = content_of(tag);
+    const std::size_t needed = header_size + size_of(content);
     const std::size_t limit = std::min(largest_tag, most) + beside;
     const std::size_t size = padded_size(needed + beside, room, {.limit = limit}) - beside;
     if (size > largest_tag)
         throw vantaro_io::exception_io("The ID3v2 tag would become larger than 256 MiB");
-    std::string result = render_whole(tag, frames, size);
+    std::vector<Part> result = render_whole(tag, content, size);
     if (tag.rest.empty() || reads_back(tag, result))
         return result;
     // The rest is a frame that is cut off. Padding would make it whole again, and that must not be.
-    result = render_whole(tag, frames, needed);
+    result = render_whole(tag, content, needed);
     if (!reads_back(tag, result))
         throw vantaro_io::exception_io("The ID3v2 tag is damaged where its frames end");
     return result;
 }
 
+bool has_content(const Id3v2Tag& tag, const Id3v2Frame& frame) {
+    const unsigned hidden =
+        tag.version == 3 ? v23_compressed | v23_encrypted : v24_compressed | v24_encrypted;
+    return frame.expanded.has_value() || (frame.flags & hidden) == 0;
+}
+
 std::optional<std::string> frame_content(const Id3v2Tag& tag, const Id3v2Frame& frame) {
-    const unsigned flags = frame.flags & 0xFF;
-    std::string_view body = frame.body;
-    if (tag.version == 3) {
-        if ((flags & v23_coded) == 0)
-            return frame.body;
-        if ((flags & v23_coded) != 0x20) // more than grouped
-            return std::nullopt;
-        return std::string(body.substr(std::min<std::size_t>(1, body.size())));
-    }
-    if ((flags & v24_compressed_or_encrypted) != 0)
+    if (!has_content(tag, frame))
         return std::nullopt;
-    const std::size_t head =
-        ((flags & v24_grouped) != 0 ? 1U : 0U) + ((flags & v24_length_indicator) != 0 ? 4U : 0U);
+    if (frame.expanded)
+        return frame.expanded;
+    const unsigned flags = frame.flags & 0xFF;
+    std::string_view body = frame.body.bytes();
+    std::size_t head = 0;
+    if ((flags & (tag.version == 3 ? v23_grouped : v24_grouped)) != 0)
+        head += 1;
+    if (tag.version == 4 && (flags & v24_length_indicator) != 0)
+        head += 4;
     body.remove_prefix(std::min(head, body.size()));
-    return (flags & v24_unsynchronised) != 0 ? without_unsynchronisation(body) : std::string(body);
+    return tag.version == 4 && (flags & v24_unsynchronised) != 0 ? without_unsynchronisation(body)
+                                                                 : std::string(body);
 }
 
 void restructure_as_v24(Id3v2Tag& tag) {

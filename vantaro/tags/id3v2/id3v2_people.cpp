@@ -108,10 +108,10 @@ void set_people(Id3v2Tag& tag, const std::string& field, const Values& names) {
             placed = true;
         }
         if (changed)
-            frame = {frame.id, 0, people.empty() ? "" : encode_people(people, tag.version)};
+            frame = {frame.id, 0, people.empty() ? std::string() : encode_people(people, tag.version)};
     }
     std::erase_if(tag.frames,
-                  [](const Id3v2Frame& frame) { return is_people_frame(frame) && frame.body.empty(); });
+                  [](const Id3v2Frame& frame) { return is_people_frame(frame) && frame.body.size() == 0; });
     if (placed)
         return;
     std::vector<InvolvedPerson> people;

@@ -13,6 +13,8 @@
 //   their frames. Unnamed lyrics and comments of all languages are one field with several values.
 // - A user text frame keeps the spelling of its description; a new one has the customary one.
 // - Web pages: a value that is no Latin-1, or several values, go to a user text frame.
+// - A compressed frame is read where it says how large it is and all of a tag come to no more than 16 MiB. It
+//   stays as it is until its field changes; it is then written plain. Encrypted frames are no fields.
 // - A text frame and a user text frame of the same field name are kept in step; the text frame is read.
 #pragma once
 

@@ -201,7 +201,8 @@ class OddId3v2(TagTestCase):
             packed = zlib.compress(IMAGE)
             self.assertIn(synchsafe(len(IMAGE)) + packed, self.tag())
             if flags == 0x80:  # the other library does not know groups
-                self.assertEqual((ID3(self.path)["TPE1"].text, ID3(self.path)["APIC:front"].data), (["Packed"], PICTURE))
+                tags = ID3(self.path)
+                self.assertEqual((tags["TPE1"].text, tags["APIC:front"].data), (["Packed"], PICTURE))
 
     def test_frames_that_cannot_be_expanded(self):
         """Encrypted, of another size than they say, larger than is sensible, no deflated bytes, cut off."""
@@ -210,7 +211,8 @@ class OddId3v2(TagTestCase):
                 (3, 0xC0, plain(7), zlib.compress(text("Packed"))), (4, 0x0D, plain(7), zlib.compress(text("Packed"))),
                 (3, 0x80, plain(8), zlib.compress(text("Packed"))),
                 (3, 0x80, plain(6), zlib.compress(text("Packed"))), (3, 0x80, plain(18_000_000), large),
-                (4, 0x09, plain(7), b"anything"), (4, 0x08, plain(7), zlib.compress(text("Packed"))), (4, 0x09, b"", b"ab")):
+                (4, 0x09, plain(7), b"anything"), (4, 0x08, plain(7), zlib.compress(text("Packed"))),
+                (4, 0x09, b"", b"ab")):
             with self.subTest((version, flags, head)):
                 coded = head + bytes_of
                 kept = b"TPE1" + (plain if version == 3 else synchsafe)(len(coded)) + bytes([0, flags]) + coded
@@ -234,7 +236,8 @@ class OddId3v2(TagTestCase):
     def test_extended_headers(self):
         album = frame(b"TALB", text("Old")) + frame(b"PRIV", PRIVATE[:100])
         for version, header in ((3, plain(6) + bytes(6)), (3, plain(10) + b"\x80\0" + bytes(4) + b"crc!"),
-                                (4, synchsafe(6) + b"\1\0"), (4, synchsafe(12) + b"\1\x20\5\1\2\3\4\5"), (3, b""), (4, b"")):
+                                (4, synchsafe(6) + b"\1\0"),
+                                (4, synchsafe(12) + b"\1\x20\5\1\2\3\4\5"), (3, b""), (4, b"")):
             with self.subTest((version, header)):
                 self.with_flags(version, 0x40, header + album)
                 self.assertEqual(fields(self.path), {"ALBUM": ["Old"]})

@@ -95,7 +95,10 @@ class Mp4Atoms(TagTestCase):
         """They are refused when the tags have to grow, most of them at once, and nothing is written."""
         nested = b"".join(struct.pack(">I4s", 8 * (100_000 - i), b"trak") for i in range(100_000))
         sound = tags(bytes(4) + HANDLER + atom(b"ilst", TEXT))
-        table = lambda body: file_of(sound, atom(b"trak", atom(b"mdia", atom(b"minf", atom(b"stbl", body)))))
+
+        def table(body):
+            return file_of(sound, atom(b"trak", atom(b"mdia", atom(b"minf", atom(b"stbl", body)))))
+
         impossible = "is less than its header or more than what holds it"
         fragments = bytes([0, 0, 0, 0]) + struct.pack(">III", 1, 0b111111, 9)
         rows = [

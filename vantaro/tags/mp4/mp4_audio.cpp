@@ -76,7 +76,7 @@ void describe_stream(Description stream, AudioProperties& audio) {
     const std::uint64_t type = stream.take(1);
     stream.skip(8); // kind, buffer, highest bit rate
     if (const std::uint64_t bits = stream.take(4); bits != 0)
-        audio.bitrate = static_cast<int>(bits / 1000 + 1); // as the fields have always been shown
+        audio.bitrate = static_cast<int>(bits / 1000 + 1); // rounded as TagLib does
     const bool is_aac = type == 0x40 || (type >= 0x66 && type <= 0x68);
     audio.codec = is_aac ? "AAC" : type == 0x69 || type == 0x6B ? "MP3" : "";
 }

@@ -1,5 +1,6 @@
 """Lists of chunks as programs write them and as nobody should: what is read, what is refused and why."""
 
+import hashlib
 import os
 import struct
 import subprocess
@@ -55,11 +56,14 @@ class Chunks(TagTestCase):
             with self.subTest(name=name, head=data[:60]):
                 path = self.file(name, data)
                 self.assertAlmostEqual(show(path)["length"], 0.1, delta=0.0011)
-                sound = audio(path)
+                sound = audio(path) if name != "a.rf64" else None  # which others do not read yet
                 edit(path, "TITLE=T", "MOOD=m")
                 edit(path, "TITLE=" + "x" * 6000)
                 self.assertEqual(fields(path), {"TITLE": ["x" * 6000], "MOOD": ["m"]})
-                self.assertEqual(audio(path), sound)
+                if sound:
+                    self.assertEqual(audio(path), sound)
+                else:
+                    self.assertEqual(chunks(path)["chunk/data"], hashlib.md5(SOUND).hexdigest())
                 self.assertTrue(chunks(path).get("outer size", True))
 
     def test_odd_chunks_and_what_is_no_chunk(self):
@@ -98,14 +102,14 @@ class Chunks(TagTestCase):
         dff = synthetic_dff()
         rows = [
             ("a.wav", b"nothing of it", "does not begin with"),
-            ("a.wav", wav(800, None)[:20] + b"\xff\xff\xff\x7f" + bytes(99), "\"fmt \".* missing"),
+            ("a.wav", wav(800, None)[:16] + b"\xff\xff\xff\x7f" + bytes(99), "\"fmt \".* missing"),
             ("a.wav", wav(800, None, SOUND, b"ID3 \xff\xff\0\0" + bytes(20)), "longer than the file"),
             ("a.wav", wav(800, None, SOUND, b"AAAA\0\0\0\0" * 11000), "more chunks"),
             ("a.rf64", rf64(bytes(20)), "too short"),
             ("a.rf64", rf64(struct.pack("<QQQI", 0, 0, 0, 9)), "table"),
             ("a.rf64", rf64(b"").replace(b"ds64", b"JUNK"), "not \"ds64\""),
             ("a.dff", dff.replace(struct.pack(">4sI", b"FS  ", 0), b"FSxx\xff\xff\xff\xff"), "sampling rate"),
-            ("a.dff", dff.replace(struct.pack(">4sQ", b"PROP", 66), struct.pack(">4sQ", b"PROP", huge)), "PROP"),
+            ("a.dff", dff[:32] + b"PROP" + b"\xff" * 8 + dff[44:], "PROP"),
             ("a.dsf", dsf(10 ** 6), "beyond"), ("a.dsf", dsf(huge), "beyond"), ("a.dsf", dsf(100), "in its audio"),
             ("a.dsf", dsf(92 + 8192) + b"no tag", "no whole ID3v2"),
             ("a.caf", caf(804, struct.pack(">4sQ", b"info", huge)), "longer than the file"),

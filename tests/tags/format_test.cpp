@@ -42,7 +42,11 @@ INSTANTIATE_TEST_SUITE_P(Tags, Beginnings,
                                              "FORM\0\0\0\x10"
                                              "AIFC"s,
                                              "AIFF"},
-                                         Row{"Flac", "fLaC"s, "FLAC"}, Row{"WavPack", "wvpk"s, "WavPack"},
+                                         Row{"Rf64", "RF64\xFF\xFF\xFF\xFFWAVE"s, "RF64"},
+                                         Row{"Bw64", "BW64\xFF\xFF\xFF\xFFWAVE"s, "RF64"},
+                                         Row{"Dsdiff", "FRM8"s, "DSDIFF"}, Row{"Dsf", "DSD "s, "DSF"},
+                                         Row{"Caf", "caff"s, "CAF"}, Row{"Flac", "fLaC"s, "FLAC"},
+                                         Row{"WavPack", "wvpk"s, "WavPack"},
                                          Row{"Mp4",
                                              "\0\0\0\x20"
                                              "ftyp"s,

@@ -3,6 +3,7 @@
 #include "host/api/exceptions.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vantaro::core::tags {
 

@@ -52,6 +52,7 @@ INSTANTIATE_TEST_SUITE_P(Tags, Beginnings,
                                              "ftyp"s,
                                              "MP4"},
                                          Row{"Opus", "OggS"s + std::string(24, '\0') + "OpusHead", "Opus"},
+                                         Row{"Matroska", "\x1A\x45\xDF\xA3"s, "Matroska"},
                                          Row{"Mpeg", "\xFF\xFB"s, "MP3"}),
                          [](const auto& row) { return row.param.name; });
 

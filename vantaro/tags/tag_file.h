@@ -22,11 +22,12 @@
 //
 // Several tags in one file: a field comes from the first tag that has it. The order is the format's own tag
 // (FLAC: Vorbis comment), then ID3v2, APE, ID3v1 for MP3, FLAC and True Audio, APE, ID3v2, ID3v1 for Monkey's
-// Audio, Musepack and WavPack, and ID3v2, INFO for WAV and RF64. A change is made in every tag that the file has
-// (INFO: only where it has the field already); a field removed is gone from all of them. No tag is added as
-// long as those present hold the change exactly; otherwise the format's customary tag is added (ID3v2.4 for
-// MP3, True Audio, WAV, RF64, AIFF, DSF and DSDIFF; APE; Vorbis comment; CAF's "info") and gets the other fields too, so that a program that
-// reads only the first tag misses nothing.
+// Audio, Musepack and WavPack, and ID3v2, INFO for WAV and RF64; in Matroska the segment's title stands behind
+// the tags. A change is made in every tag that the file has (INFO and the segment's title: only where it has
+// the field already, a title too long for its place not at all); a field removed is gone from all of them. No
+// tag is added as long as those present hold the change exactly; otherwise the format's customary tag is added
+// (ID3v2.4 for MP3, True Audio, WAV, RF64, AIFF, DSF and DSDIFF; APE; Vorbis comment; CAF's "info"; Matroska's)
+// and gets the other fields too, so that a program that reads only the first tag misses nothing.
 //
 // Empty values: Vorbis comments and MP4 keep them. The others cannot tell an empty value from none: it is
 // left out there, and a field with only empty values is removed.

@@ -295,8 +295,9 @@ void MatroskaFields::replace(const std::string& field, const Values& values) {
     for (Tag& tag : tags_)
         std::erase_if(tag.simples, [](const Simple& simple) { return simple.bytes.empty(); });
     if (values.empty() && !matching.empty())
-        std::erase_if(tags_,
-                      [](const Tag& tag) { return tag.counts && tag.simples.empty() && tag.head.empty(); });
+        std::erase_if(tags_, [](const Tag& tag) {
+            return tag.bytes.empty() && tag.counts && tag.simples.empty() && tag.head.empty();
+        });
     tell_levels(told_track);
 }
 

@@ -4,6 +4,7 @@
 #include "vantaro/tags/audio_file.h"
 #include "vantaro/tags/file_bytes.h"
 #include "vantaro/tags/tag_kinds.h"
+#include "vantaro/tags/xiph/ogg_page.h"
 
 #include <algorithm>
 #include <ranges>
@@ -119,15 +120,13 @@ constexpr auto formats = std::to_array<Format>({
      .mime_types = "audio/ogg audio/x-vorbis+ogg",
      .signatures = {{{first_packet, "\x01vorbis"}}},
      .open = open_ogg_file,
-     .customary_tag = vorbis_comment,
-     .describe = describe_vorbis},
+     .customary_tag = vorbis_comment},
     {.name = "Opus",
      .extensions = "opus",
      .mime_types = "audio/x-opus+ogg audio/opus",
      .signatures = {{{first_packet, "OpusHead"}}},
      .open = open_ogg_file,
      .customary_tag = vorbis_comment,
-     .describe = describe_opus,
      .has_r128_gain = true},
     {.name = "Ogg FLAC",
      .extensions = "oga",
@@ -136,15 +135,13 @@ constexpr auto formats = std::to_array<Format>({
                                     "FLAC"}}},
      .open = open_ogg_file,
      .customary_tag = vorbis_comment,
-     .describe = describe_ogg_flac,
      .carries_cue_sheet = true},
     {.name = "Speex",
      .extensions = "spx",
      .mime_types = "audio/x-speex+ogg audio/x-speex",
      .signatures = {{{first_packet, "Speex   "}}},
      .open = open_ogg_file,
-     .customary_tag = vorbis_comment,
-     .describe = describe_speex},
+     .customary_tag = vorbis_comment},
     // By the sync word and the layer: last, since it is the shortest.
     {.name = "MP3",
      .extensions = "mp3 mp2 mpga",
@@ -204,12 +201,26 @@ const Format* format_of_name(std::string_view path) {
     return nullptr;
 }
 
+bool has_signature(const Format& format, std::string_view head) {
+    return std::ranges::any_of(format.signatures,
+                               [&](const Signature& signature) { return begins_with(head, signature); });
+}
+
 const Format* find_format(FileBytes& file, std::size_t start) {
-    const std::string_view head = file.some(start, 64);
-    for (const Format& format : formats)
-        if (std::ranges::any_of(format.signatures,
-                                [&](const Signature& signature) { return begins_with(head, signature); }))
-            return &format;
+    const auto format_at = [&](std::size_t place) -> const Format* {
+        const std::string_view head = file.some(place, signature_area);
+        for (const Format& format : formats)
+            if (has_signature(format, head))
+                return &format;
+        return nullptr;
+    };
+    if (const Format* format = format_at(start))
+        return format;
+    // The first stream of an Ogg file may be something else than audio.
+    if (file.some(start, ogg_mark.size()) == ogg_mark)
+        for (const OggPage& page : first_ogg_pages(file, start))
+            if (const Format* format = format_at(page.start))
+                return format;
     return format_of_name(file.path());
 }
 

@@ -48,6 +48,9 @@ std::span<const Format> all_formats();
 std::vector<std::string> audio_extensions();
 /// By the extension; null when it is of none.
 const Format* format_of_name(std::string_view path);
+/// How many bytes signatures are looked for in.
+constexpr std::size_t signature_area = 64;
+bool has_signature(const Format& format, std::string_view head);
 /// By the content that starts at `start`, behind ID3v2 tags; where that says nothing, by the extension.
 const Format* find_format(FileBytes& file, std::size_t start);
 

@@ -10,12 +10,7 @@
 #include <id3v2framefactory.h>
 #include <mpcfile.h>
 #include <mpegfile.h>
-#include <oggflacfile.h>
-#include <oggpageheader.h>
-#include <opusfile.h>
-#include <speexfile.h>
 #include <trueaudiofile.h>
-#include <vorbisfile.h>
 #include <wavpackfile.h>
 
 namespace vantaro::core::tags {
@@ -31,18 +26,6 @@ struct Audio {
 
 Audio describe(const TagLib::MPEG::Properties& properties) {
     return {"MP" + std::to_string(properties.layer()), "", false, 0};
-}
-Audio describe(const TagLib::FLAC::Properties& properties) {
-    return {"FLAC", "", true, properties.bitsPerSample()};
-}
-Audio describe(const TagLib::Vorbis::Properties&) {
-    return {"Vorbis", "", false, 0};
-}
-Audio describe(const TagLib::Ogg::Opus::Properties&) {
-    return {"Opus", "", false, 0};
-}
-Audio describe(const TagLib::Ogg::Speex::Properties&) {
-    return {"Speex", "", false, 0};
 }
 Audio describe(const TagLib::WavPack::Properties& properties) {
     return {"WavPack", "", properties.isLossless(), properties.bitsPerSample()};
@@ -97,15 +80,6 @@ AudioProperties read_file_with_frames(FileBytes& bytes, const AudioPart& audio) 
 AudioProperties describe_mpeg(FileBytes& file, const AudioPart& audio) {
     return read_file_with_frames<TagLib::MPEG::File>(file, audio);
 }
-AudioProperties describe_vorbis(FileBytes& file, const AudioPart& audio) {
-    return read_file<TagLib::Ogg::Vorbis::File>(file, audio);
-}
-AudioProperties describe_opus(FileBytes& file, const AudioPart& audio) {
-    return read_file<TagLib::Ogg::Opus::File>(file, audio);
-}
-AudioProperties describe_speex(FileBytes& file, const AudioPart& audio) {
-    return read_file<TagLib::Ogg::Speex::File>(file, audio);
-}
 AudioProperties describe_wavpack(FileBytes& file, const AudioPart& audio) {
     return read_file<TagLib::WavPack::File>(file, audio);
 }
@@ -120,18 +94,6 @@ AudioProperties describe_true_audio(FileBytes& file, const AudioPart& audio) {
 }
 AudioProperties describe_asf(FileBytes& file, const AudioPart& audio) {
     return read_file<TagLib::ASF::File>(file, audio);
-}
-
-// Programs that write as a stream leave the length in the FLAC header open. The last page's position tells
-// it.
-AudioProperties describe_ogg_flac(FileBytes& bytes, const AudioPart& audio) {
-    TagLibStream stream(bytes, audio.start, audio.end);
-    TagLib::Ogg::FLAC::File file(&stream, true);
-    AudioProperties properties = take_properties(file, stream);
-    const TagLib::Ogg::PageHeader* last = properties.seconds > 0 ? nullptr : file.lastPageHeader();
-    if (last != nullptr && last->isValid() && last->absoluteGranularPosition() > 0)
-        properties.seconds = static_cast<double>(last->absoluteGranularPosition()) / properties.sample_rate;
-    return properties;
 }
 
 } // namespace vantaro::core::tags

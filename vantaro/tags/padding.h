@@ -20,7 +20,7 @@
 //   around a new list count too.
 // - Vorbis, Opus, Speex: the comment's packet, with zero bytes behind the comments. It grows by steps of 4080
 //   bytes, which are a block together with their lacing values. The file grows by whole blocks as long as the
-//   number of its pages stays; where TagLib has not laid them out yet, it may not.
+//   number of its pages stays, which it does where they hold the packet.
 // - Matroska: the Tags element with the Void elements behind it. Where other elements stand behind those, the
 //   tags go to the end of the segment as new ones, and leave a Void element.
 // - ASF: the header object. Padding objects directly within it are merged to one, the last.

@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cmath>
 #include <fstream>
 
 // TagLib gives nothing back when a stream throws, as one does when the end of the file is not taken for one.
@@ -109,11 +110,45 @@ TEST_P(LongFiles, AreLeftWhenAborted) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Tags, LongFiles,
-                         testing::Values(Row{"Mpeg", "mp3", ""}, Row{"MpegFrames", "mp3", two_frames()},
-                                         Row{"Vorbis", "ogg", ""}, Row{"Opus", "opus", ""},
-                                         Row{"Speex", "spx", ""}, Row{"OggFlac", "oga", ""},
-                                         Row{"MonkeysAudio", "ape", ""}),
+                         testing::Values(Row{"Mpeg", "mp3", ""}, Row{"Vorbis", "ogg", ""},
+                                         Row{"Opus", "opus", ""}, Row{"Speex", "spx", ""},
+                                         Row{"OggFlac", "oga", ""}, Row{"MonkeysAudio", "ape", ""}),
                          [](const auto& row) { return row.param.name; });
+
+TEST(HollowFiles, AReservedEndIsNoPartOfTheLength) {
+    LongFile file("x.mp3", two_frames());
+    TrackInfoRecord info;
+    read_tags(file, info);
+    EXPECT_EQ(info.length(), 0);
+    EXPECT_LT(file.bytes_read(), megabyte);
+}
+
+std::string fields_of_mpeg(const std::string& bytes) {
+    TrackInfoRecord info;
+    read_tags(MemorySource("x.mp3", bytes), info);
+    std::string result;
+    for (std::size_t i = 0; i < info.technical_count(); ++i)
+        result += std::string(info.technical_name(i)) + '=' + info.technical_value(i) + ' ';
+    return result + std::to_string(std::lround(info.length() * 1000));
+}
+
+TEST(MpegAudio, IsFoundWhereTwoFramesAgree) {
+    const std::string lie = "\xFF\xFB\x90\x64 says something else";
+    const std::string found = "codec=MP3 encoding=lossy bitrate=128 samplerate=44100 channels=2 52";
+    EXPECT_EQ(fields_of_mpeg(two_frames()), found);
+    EXPECT_EQ(fields_of_mpeg(std::string(200'000, 'x') + lie + two_frames()), found);
+    // The pair stands across the blocks of the search.
+    EXPECT_EQ(fields_of_mpeg(std::string(61'000, 'x') + two_frames()), found);
+    EXPECT_THROW(fields_of_mpeg(lie + lie), vantaro_io::exception_io_data);
+}
+
+TEST(MpegAudio, MayBeMissingBehindTags) {
+    const std::string tag = "ID3\3\0\0\0\0\0\x0A"s + std::string(10, '\0');
+    for (const std::size_t zeros : {0, 5000, 100'000})
+        EXPECT_EQ(fields_of_mpeg(tag + std::string(zeros, '\0')), "tagtype=ID3v2.3 0") << zeros;
+    EXPECT_THROW(fields_of_mpeg(tag + "noise"), vantaro_io::exception_io_data);
+    EXPECT_THROW(fields_of_mpeg(std::string(5000, '\0')), vantaro_io::exception_io_data);
+}
 
 // One block of a FLAC file, and empty ones after it for as long as there is file.
 TEST(HollowFiles, ABlockThatCannotBeThereIsTheEnd) {
@@ -153,8 +188,8 @@ TEST(ReadingFiles, WhatIsNoFileDoesNotKeepAnybodyWaiting) {
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     const std::string audio = folder.path("a.flac");
     std::ofstream(audio) << "fLaC";
-    EXPECT_EQ(failure(pipe), vantaro_io::exception_io_data::default_text);
-    EXPECT_EQ(failure("/dev/null"), vantaro_io::exception_io_data::default_text);
+    EXPECT_EQ(failure(pipe), "The file holds neither MPEG audio nor tags");
+    EXPECT_EQ(failure("/dev/null"), "The file is of no known audio format");
     EXPECT_EQ(failure(folder.path("absent.mp3")), vantaro_io::exception_io_not_found::default_text);
     EXPECT_EQ(failure(audio + '\0' + "b"), vantaro_io::exception_io_not_found::default_text);
     EXPECT_EQ(failure(folder.path("")), "Is a directory");

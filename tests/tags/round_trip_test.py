@@ -276,10 +276,10 @@ class RoundTrip(TagTestCase):
     def test_files_that_are_none(self):
         path = os.path.join(self.folder.name, "a.mp3")
         for make, text in ((lambda: None, "File not found"),
-                           (lambda: Path(path).write_bytes(b""), "Unsupported format"),
-                           (lambda: Path(path).write_bytes(b"hello" * 99), "Unsupported format"),
+                           (lambda: Path(path).write_bytes(b""), "neither MPEG audio nor tags"),
+                           (lambda: Path(path).write_bytes(b"hello" * 99), "first frame of MPEG audio is missing"),
                            (lambda: (os.remove(path), os.mkdir(path)), "Is a directory"),
-                           (lambda: (os.rmdir(path), os.mkfifo(path)), "Unsupported format")):
+                           (lambda: (os.rmdir(path), os.mkfifo(path)), "neither MPEG audio nor tags")):
             make()
             for act in (show, lambda name: edit(name, "TITLE=x")):
                 with self.assertRaisesRegex(RuntimeError, text):

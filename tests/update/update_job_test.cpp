@@ -142,7 +142,7 @@ TEST_F(UpdateJobTest, AFailureStaysWithItsTrack) {
     EXPECT_EQ(recorder.states,
               (std::vector{State::written, State::failed, State::failed, State::failed, State::written}));
     EXPECT_EQ(recorder.errors[1], "File not found");
-    EXPECT_EQ(recorder.errors[2], "Unsupported format or corrupted file");
+    EXPECT_EQ(recorder.errors[2], "The first frame of MPEG audio is missing");
     EXPECT_EQ(recorder.errors[3], "not this one");
     EXPECT_EQ(report.failed, 3U);
     EXPECT_NE(values("refused.flac", "TITLE"), std::vector<std::string>{"New"});

@@ -24,7 +24,7 @@ std::unique_ptr<AudioFile> open_audio_file(FileBytes& file) {
     const std::size_t start = skip_id3v2_tags(file);
     const Format* format = find_format(file, start);
     if (format == nullptr)
-        throw vantaro_io::exception_io_data();
+        throw vantaro_io::exception_io_data("The file is of no known audio format");
     return format->open(file, *format, start);
 }
 

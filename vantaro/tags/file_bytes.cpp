@@ -97,7 +97,7 @@ std::string_view FileBytes::some(std::size_t start, std::size_t size) {
         return {};
     size = std::min(size, size_ - start);
     if (size > largest_piece)
-        throw vantaro_io::exception_io_data();
+        throw vantaro_io::exception_io_data("A tag is larger than any can be");
     if (size == 0)
         return {};
     const std::string_view result = load(start, size);
@@ -111,7 +111,7 @@ std::string_view FileBytes::some(std::size_t start, std::size_t size) {
 std::string_view FileBytes::bytes(std::size_t start, std::size_t size) {
     const std::string_view result = some(start, size);
     if (result.size() != size)
-        throw vantaro_io::exception_io_data();
+        throw vantaro_io::exception_io_data("The file ends in the middle of a tag or of a header");
     return result;
 }
 

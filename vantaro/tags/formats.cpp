@@ -142,11 +142,21 @@ constexpr auto formats = std::to_array<Format>({
      .signatures = {{{first_packet, "Speex   "}}},
      .open = open_ogg_file,
      .customary_tag = vorbis_comment},
-    // By the sync word and the layer: last, since it is the shortest.
+    // By the sync word, version and layer: last, since they are the shortest. Layer I looks like other
+    // things' beginnings, and a layer of 0 is AAC.
     {.name = "MP3",
      .extensions = "mp3 mp2 mpga",
      .mime_types = "audio/mpeg audio/mp2",
-     .signatures = {{{0, "\xFF\xFB"}, {0, "\xFF\xF3"}, {0, "\xFF\xFA"}}},
+     .signatures = {{{0, "\xFF\xFB"},
+                     {0, "\xFF\xFA"},
+                     {0, "\xFF\xFD"},
+                     {0, "\xFF\xFC"},
+                     {0, "\xFF\xF3"},
+                     {0, "\xFF\xF2"},
+                     {0, "\xFF\xF5"},
+                     {0, "\xFF\xF4"},
+                     {0, "\xFF\xE3"},
+                     {0, "\xFF\xE2"}}},
      .open = open_wrapped_file,
      .customary_tag = id3v24,
      .describe = describe_mpeg},

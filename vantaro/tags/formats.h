@@ -32,7 +32,7 @@ struct Format {
     std::string_view name;       ///< as users know it
     std::string_view extensions; ///< in lower case, without the dot, with blanks between them
     std::string_view mime_types; ///< likewise
-    std::array<Signature, 6> signatures;
+    std::array<Signature, 10> signatures;
     /// `start` is where the format's own bytes begin, behind ID3v2 tags.
     std::unique_ptr<AudioFile> (*open)(FileBytes& file, const Format& format, std::size_t start);
     /// The kind of tag that is added where there is none, by its name in tag_kinds.h.

@@ -70,8 +70,8 @@ std::vector<FieldChange> field_changes(const std::vector<TrackField>& before,
 /// cannot be read, exception_io_data when it is no audio file or damaged, exception_aborted soon after
 /// `abort` is set. `info` is then unchanged.
 ///
-/// A file whose first frame of audio is not found within 16 MiB, or the last one within 64 MiB, counts as
-/// damaged.
+/// A file whose first frame of audio is not found within 16 MiB, or the last one (Ogg) within 64 MiB, counts as
+/// damaged. An MP3 of tags alone, or with nothing but zeros behind them, is one without facts about audio.
 void read_tags(const std::string& path, TrackInfoRecord& info, const AbortFlag* abort = nullptr);
 
 /// The same of a file that is open already.

@@ -7,9 +7,7 @@
 
 #include <apefile.h>
 #include <asffile.h>
-#include <id3v2framefactory.h>
 #include <mpcfile.h>
-#include <mpegfile.h>
 #include <trueaudiofile.h>
 #include <wavpackfile.h>
 
@@ -24,9 +22,6 @@ struct Audio {
     int bits = 0;
 };
 
-Audio describe(const TagLib::MPEG::Properties& properties) {
-    return {"MP" + std::to_string(properties.layer()), "", false, 0};
-}
 Audio describe(const TagLib::WavPack::Properties& properties) {
     return {"WavPack", "", properties.isLossless(), properties.bitsPerSample()};
 }
@@ -48,7 +43,7 @@ template <class File>
 AudioProperties take_properties(const File& file, const TagLibStream& stream) {
     stream.check();
     if (!file.isValid() || file.audioProperties() == nullptr || file.audioProperties()->sampleRate() <= 0)
-        throw vantaro_io::exception_io_data();
+        throw vantaro_io::exception_io_data("The header of the audio is missing or damaged");
     const auto& properties = *file.audioProperties();
     const Audio audio = describe(properties);
     return {audio.codec,
@@ -68,18 +63,8 @@ AudioProperties read_file(FileBytes& bytes, const AudioPart& audio) {
     return take_properties(file, stream);
 }
 
-template <class File>
-AudioProperties read_file_with_frames(FileBytes& bytes, const AudioPart& audio) {
-    TagLibStream stream(bytes, audio.start, audio.end);
-    const File file(&stream, TagLib::ID3v2::FrameFactory::instance(), true);
-    return take_properties(file, stream);
-}
-
 } // namespace
 
-AudioProperties describe_mpeg(FileBytes& file, const AudioPart& audio) {
-    return read_file_with_frames<TagLib::MPEG::File>(file, audio);
-}
 AudioProperties describe_wavpack(FileBytes& file, const AudioPart& audio) {
     return read_file<TagLib::WavPack::File>(file, audio);
 }

@@ -33,7 +33,7 @@ void TagLibStream::check() const {
 TagLib::ByteVector TagLibStream::feigned_end() {
     if (++ignored_ends_ > most_ignored_ends) {
         check();
-        throw vantaro_io::exception_io_data();
+        throw vantaro_io::exception_io_data("The audio is not found where the file says");
     }
     return {};
 }

@@ -144,7 +144,7 @@ TEST(MpegAudio, IsFoundWhereTwoFramesAgree) {
 
 TEST(MpegAudio, MayBeMissingBehindTags) {
     const std::string tag = "ID3\3\0\0\0\0\0\x0A"s + std::string(10, '\0');
-    for (const std::size_t zeros : {0, 5000, 100'000})
+    for (const std::size_t zeros : {0U, 5000U, 100'000U})
         EXPECT_EQ(fields_of_mpeg(tag + std::string(zeros, '\0')), "tagtype=ID3v2.3 0") << zeros;
     EXPECT_THROW(fields_of_mpeg(tag + "noise"), vantaro_io::exception_io_data);
     EXPECT_THROW(fields_of_mpeg(std::string(5000, '\0')), vantaro_io::exception_io_data);

@@ -71,8 +71,8 @@ class DesktopFiles(InstalledCase):
         if not MIME_NAMES.exists():
             self.skipTest(f"{MIME_NAMES} is not installed")
         offered = set(self.entry()["MimeType"].split(";"))
-        source = (SOURCE / "vantaro/tags/format.cpp").read_text()
-        extensions = re.findall(r'\{"([a-z0-9+]+)", Format::', source)
+        source = (SOURCE / "vantaro/tags/formats.cpp").read_text()
+        extensions = " ".join(re.findall(r'\.extensions = "([^"]+)"', source)).split()
         self.assertGreater(len(extensions), 20)
         kinds = {}
         for line in MIME_NAMES.read_text().splitlines():
@@ -83,3 +83,5 @@ class DesktopFiles(InstalledCase):
         for extension in extensions:
             if known := kinds.get(f"*.{extension}"):
                 self.assertTrue(known & offered, f"{extension}: {known}")
+        of_rows = set(" ".join(re.findall(r'\.mime_types = "([^"]+)"', source)).split())
+        self.assertEqual(of_rows - offered, set())

@@ -169,11 +169,11 @@ class Previews(ProgramCase):
                 outcome = self.run_program("quorvex", *verb, script, song, bad, "nowhere")
                 self.assertEqual(outcome.status, 1)
                 self.assertEqual(outcome.stdout, f'{song}: COMMENT removed; TITLE = "x"\n')
-                self.assert_line(outcome.stderr, bad, "corrupted")
+                self.assert_line(outcome.stderr, bad, "The first frame of MPEG audio is missing")
             row, failed = self.run_program("quorvex", "preview", "--json", script, song, bad).objects()
             self.assertEqual(failed.keys(), {"path", "subsong", "error"})
             self.assertEqual(failed["path"], str(bad))
-            self.assertIn("corrupted", failed["error"])
+            self.assertIn("MPEG audio", failed["error"])
             self.assertNotIn("error", row)
 
 

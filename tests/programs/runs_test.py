@@ -43,7 +43,7 @@ class ManyFiles(ProgramCase):
         outcome = self.run_program("quorvex", "run", self.script(*TIDY), *paths)
         self.assertEqual(outcome.status, 1)
         self.assertEqual(outcome.stdout, summary(written=999, failed=1))
-        self.assert_line(outcome.stderr, bad, "corrupted")
+        self.assert_line(outcome.stderr, bad, "The first frame of MPEG audio is missing")
         self.assert_line(outcome.stderr, "nowhere.flac", "not found")
         self.assert_edited(files, "many")
 
@@ -136,7 +136,7 @@ class JsonLines(ProgramCase):
         self.assertEqual([track["path"] for track in tracks], [str(path) for path in listed])
         failed = tracks.pop(300)
         self.assertEqual(failed.keys(), {"path", "subsong", "error"})
-        self.assertIn("corrupted", failed["error"])
+        self.assertIn("No page of Ogg", failed["error"])
         for tags, track in zip(before, tracks, strict=True):
             self.assertEqual(track, {
                 "path": track["path"], "subsong": 0, "before": tags, "after": edited(tags),

@@ -19,13 +19,21 @@ struct Row {
 
 class Beginnings : public testing::TestWithParam<Row> {};
 
+std::string_view name_of_format(FileBytes& file) {
+    try {
+        const Format* format = find_format(file, 0);
+        return format == nullptr ? "" : format->name;
+    } catch (const vantaro_io::exception_io_data&) { // a page of Ogg that is cut off
+        return "";
+    }
+}
+
 TEST_P(Beginnings, TellFromTheirLastByteOn) {
     const auto& [name, bytes, format] = GetParam();
     for (std::size_t size = 0; size <= bytes.size(); ++size) {
         const MemorySource source("x", bytes.substr(0, size));
         FileBytes file(source);
-        const Format* found = find_format(file, 0);
-        EXPECT_EQ(found == nullptr ? "" : found->name, size < bytes.size() ? "" : format) << size;
+        EXPECT_EQ(name_of_format(file), size < bytes.size() ? "" : format) << size;
         // A stump is no audio file, whatever it begins with.
         TrackInfoRecord info;
         EXPECT_THROW(read_tags(source, info), vantaro_io::exception_io) << size;
@@ -51,7 +59,7 @@ INSTANTIATE_TEST_SUITE_P(Tags, Beginnings,
                                              "\0\0\0\x20"
                                              "ftyp"s,
                                              "MP4"},
-                                         Row{"Opus", "OggS"s + std::string(24, '\0') + "OpusHead", "Opus"},
+                                         Row{"Opus", "OggS\0\2"s + std::string(20, '\0') + "\x01\x08OpusHead", "Opus"},
                                          Row{"Matroska", "\x1A\x45\xDF\xA3"s, "Matroska"},
                                          Row{"Mpeg", "\xFF\xFB"s, "MP3"}),
                          [](const auto& row) { return row.param.name; });

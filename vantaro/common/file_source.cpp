@@ -18,7 +18,7 @@ int open_file(const std::string& path) {
         throw vantaro_io::exception_io_not_found();
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (descriptor < 0 && errno == ENXIO) // a socket
-        throw vantaro_io::exception_io_data();
+        throw vantaro_io::exception_io_data("It is no regular file");
     if (descriptor < 0)
         throw_system_error(errno);
     return descriptor;
@@ -34,7 +34,7 @@ FileSource FileSource::open(const std::string& path) {
         ::close(descriptor);
         if (error != 0)
             throw_system_error(error);
-        throw vantaro_io::exception_io_data();
+        throw vantaro_io::exception_io_data("It is no regular file");
     }
     return {path, descriptor, static_cast<std::uint64_t>(std::max<off_t>(status.st_size, 0))};
 }

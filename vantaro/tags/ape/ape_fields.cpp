@@ -2,6 +2,7 @@
 
 #include "vantaro/tags/ape/ape_places.h"
 #include "vantaro/tags/number_pair.h"
+#include "vantaro/tags/numbers.h"
 
 #include <apetag.h>
 
@@ -25,18 +26,13 @@ void check_key(const std::string& key) {
             "the key of an APE item has 2 to 255 ASCII characters and is not ID3, TAG, OggS or MP+");
 }
 
+/// The one at the beginning of the bytes.
 std::uint32_t number(std::string_view bytes) {
-    std::uint32_t result = 0;
-    for (std::size_t i = 4; i-- > 0;)
-        result = result << 8 | static_cast<unsigned char>(bytes[i]);
-    return result;
+    return static_cast<std::uint32_t>(little_endian(bytes.substr(0, 4)));
 }
 
 std::string number_bytes(std::size_t value) {
-    std::string result;
-    for (unsigned i = 0; i < 4; ++i)
-        result += static_cast<char>(value >> (8 * i) & 0xFF);
-    return result;
+    return little_endian_bytes(value, 4);
 }
 
 bool is_text(std::uint32_t flags) {

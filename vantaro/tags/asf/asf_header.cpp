@@ -1,6 +1,7 @@
 #include "vantaro/tags/asf/asf_header.h"
 
 #include "host/api/exceptions.h"
+#include "vantaro/tags/numbers.h"
 #include "vantaro/tags/padding.h"
 #include "vantaro/tags/stream_bytes.h"
 #include "vantaro/tags/text.h"
@@ -24,20 +25,6 @@ constexpr auto library_guid = "\x94\x1C\x23\x44\x98\x94\xD1\x49\xA1\x41\x1D\x13\
 constexpr auto padding_guid = "\x74\xD4\x06\x18\xDF\xCA\x09\x45\xA4\xBA\x9A\xAB\xCB\x96\xAA\xE8"sv;
 constexpr std::size_t file_header_size = 30;
 constexpr std::size_t object_header_size = 24;
-
-std::uint64_t little_endian(std::string_view bytes) {
-    std::uint64_t result = 0;
-    for (std::size_t i = bytes.size(); i-- > 0;)
-        result = result << 8 | static_cast<unsigned char>(bytes[i]);
-    return result;
-}
-
-std::string little_endian_bytes(std::uint64_t value, std::size_t size) {
-    std::string result;
-    for (std::size_t i = 0; i < size; ++i)
-        result += static_cast<char>(value >> (8 * i) & 0xFF);
-    return result;
-}
 
 /// Takes bytes from the front; all of them when there are fewer.
 std::string_view take(std::string_view& bytes, std::size_t size) {

@@ -3,201 +3,323 @@
 #include "host/api/exceptions.h"
 #include "vantaro/tags/numbers.h"
 #include "vantaro/tags/padding.h"
-#include "vantaro/tags/stream_bytes.h"
 #include "vantaro/tags/text.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <optional>
-#include <string_view>
-#include <utility>
 
 namespace vantaro::core::tags {
 
 namespace {
 
 using namespace std::string_view_literals;
-constexpr auto description_guid = "\x40\xA4\xD0\xD2\x07\xE3\xD2\x11\x97\xF0\x00\xA0\xC9\x5E\xA8\x50"sv;
-constexpr auto extension_guid = "\xB5\x03\xBF\x5F\x2E\xA9\xCF\x11\x8E\xE3\x00\xC0\x0C\x20\x53\x65"sv;
-constexpr auto content_guid = "\x33\x26\xB2\x75\x8E\x66\xCF\x11\xA6\xD9\x00\xAA\x00\x62\xCE\x6C"sv;
-constexpr auto metadata_guid = "\xEA\xCB\xF8\xC5\xAF\x5B\x77\x48\x84\x67\xAA\x8C\x44\xFA\x4C\xCA"sv;
-constexpr auto library_guid = "\x94\x1C\x23\x44\x98\x94\xD1\x49\xA1\x41\x1D\x13\x4E\x45\x70\x54"sv;
-constexpr auto padding_guid = "\x74\xD4\x06\x18\xDF\xCA\x09\x45\xA4\xBA\x9A\xAB\xCB\x96\xAA\xE8"sv;
+
+constexpr auto header_guid = "\x30\x26\xB2\x75\x8E\x66\xCF\x11\xA6\xD9\x00\xAA\x00\x62\xCE\x6C"sv;
+/// Of a header extension.
+constexpr auto reserved_guid = "\x11\xD2\xD3\xAB\xBA\xA9\xCF\x11\x8E\xE6\x00\xC0\x0C\x20\x53\x65"sv;
+
+struct KindRow {
+    AsfKind kind;
+    bool in_extension;
+    std::string_view guid;
+};
+constexpr auto kinds = std::to_array<KindRow>({
+    {AsfKind::padding, false, "\x74\xD4\x06\x18\xDF\xCA\x09\x45\xA4\xBA\x9A\xAB\xCB\x96\xAA\xE8"sv},
+    {AsfKind::file_properties, false, "\xA1\xDC\xAB\x8C\x47\xA9\xCF\x11\x8E\xE4\x00\xC0\x0C\x20\x53\x65"sv},
+    {AsfKind::stream_properties, false, "\x91\x07\xDC\xB7\xB7\xA9\xCF\x11\x8E\xE6\x00\xC0\x0C\x20\x53\x65"sv},
+    {AsfKind::codec_list, false, "\x40\x52\xD1\x86\x1D\x31\xD0\x11\xA3\xA4\x00\xA0\xC9\x03\x48\xF6"sv},
+    {AsfKind::content_description, false,
+     "\x33\x26\xB2\x75\x8E\x66\xCF\x11\xA6\xD9\x00\xAA\x00\x62\xCE\x6C"sv},
+    {AsfKind::extended_description, false,
+     "\x40\xA4\xD0\xD2\x07\xE3\xD2\x11\x97\xF0\x00\xA0\xC9\x5E\xA8\x50"sv},
+    {AsfKind::header_extension, false, "\xB5\x03\xBF\x5F\x2E\xA9\xCF\x11\x8E\xE3\x00\xC0\x0C\x20\x53\x65"sv},
+    {AsfKind::metadata, true, "\xEA\xCB\xF8\xC5\xAF\x5B\x77\x48\x84\x67\xAA\x8C\x44\xFA\x4C\xCA"sv},
+    {AsfKind::metadata_library, true, "\x94\x1C\x23\x44\x98\x94\xD1\x49\xA1\x41\x1D\x13\x4E\x45\x70\x54"sv},
+});
+
 constexpr std::size_t file_header_size = 30;
 constexpr std::size_t object_header_size = 24;
+constexpr std::size_t extension_header_size = object_header_size + 22;
+constexpr std::size_t file_size_at = object_header_size + 16; ///< in the file properties
+/// Far above what files have, and below what makes somebody wait.
+constexpr std::size_t largest_header = 0x0FFFFFFF;
+constexpr std::size_t most_objects = 4096;
+constexpr std::size_t most_attributes = 0xFFFF;
 
-/// Takes bytes from the front; all of them when there are fewer.
-std::string_view take(std::string_view& bytes, std::size_t size) {
-    const std::string_view front = bytes.substr(0, size);
-    bytes.remove_prefix(front.size());
-    return front;
+AsfKind kind_of(std::string_view guid, bool in_extension) {
+    for (const KindRow& row : kinds)
+        if (row.guid == guid && row.in_extension == in_extension)
+            return row.kind;
+    return AsfKind::other;
 }
 
-// UTF-16 with the low byte first and a NUL at the end.
-std::string name_of(std::string_view bytes) {
-    std::string marked = "\xFF\xFE";
-    marked += bytes;
-    const Values strings = decode_strings(marked, TextEncoding::utf16);
-    return strings.empty() ? std::string() : strings[0];
+std::string_view guid_of(AsfKind kind) {
+    return std::ranges::find(kinds, kind, &KindRow::kind)->guid;
 }
 
-std::map<std::string, std::size_t> count_values(std::string_view description) {
-    std::map<std::string, std::size_t> counts;
-    for (std::uint64_t left = little_endian(take(description, 2)); left > 0 && !description.empty(); --left) {
-        ++counts[name_of(take(description, little_endian(take(description, 2))))];
-        take(description, 2); // the type
-        take(description, little_endian(take(description, 2)));
-    }
-    return counts;
-}
-
-// Collects the texts of a header object after object.
-class LongTextFinder {
+/// Takes piece after piece of what holds them.
+class Pieces {
 public:
-    void find_in(std::string_view objects, bool within_extension) {
-        while (objects.size() >= object_header_size) {
-            const std::uint64_t size = little_endian(objects.substr(16, 8));
-            if (size < object_header_size || size > objects.size())
-                return;
-            std::string_view object = take(objects, size);
-            const std::string_view guid = take(object, 16);
-            take(object, 8);
-            if (guid == content_guid)
-                find_in_content(object);
-            else if (guid == description_guid)
-                find_in_attributes(object, 0);
-            else if (guid == metadata_guid || guid == library_guid)
-                find_in_attributes(object, 4);
-            else if (guid == extension_guid && !within_extension)
-                find_in(object.substr(std::min<std::size_t>(22, object.size())), true);
-        }
-    }
+    Pieces(FileBytes& file, std::size_t start, std::size_t end) : file_(file), position_(start), end_(end) {}
 
-    LongTexts take_texts() { return std::move(texts_); }
+    std::size_t left() const { return end_ - position_; }
+    std::size_t position() const { return position_; }
+    Part part(std::size_t size) {
+        if (size > left())
+            throw vantaro_io::exception_io_data(
+                "The ASF header has an attribute that is larger than its list");
+        position_ += size;
+        return {file_, position_ - size, size};
+    }
+    std::string_view bytes(std::size_t size) { return part(size).bytes(); }
+    Part rest() { return part(left()); }
 
 private:
-    void find_in_content(std::string_view object) {
-        std::string_view sizes = take(object, 10);
-        for (const char* name : {"Title", "Author", "Copyright", "Description"})
-            if (std::optional<std::u16string> text = text_of(take(object, little_endian(take(sizes, 2)))))
-                texts_.description.push_back({name, 0, std::move(*text)});
-    }
-
-    /// `skipped` bytes stand in front of each; where there are any, the size of values has four bytes.
-    void find_in_attributes(std::string_view object, std::size_t skipped) {
-        for (std::uint64_t left = little_endian(take(object, 2)); left > 0 && !object.empty(); --left) {
-            take(object, skipped);
-            std::uint64_t name_size = little_endian(take(object, 2));
-            std::string name;
-            std::uint64_t type = 0;
-            std::uint64_t size = 0;
-            if (skipped == 0) {
-                name = name_of(take(object, name_size));
-                type = little_endian(take(object, 2));
-                size = little_endian(take(object, 2));
-            } else {
-                type = little_endian(take(object, 2));
-                size = little_endian(take(object, 4));
-                name = name_of(take(object, name_size));
-            }
-            const std::string_view value = take(object, size);
-            const std::size_t index = counts_[name]++;
-            if (type != 0)
-                continue;
-            if (std::optional<std::u16string> text = text_of(value))
-                texts_.attributes.push_back({name, index, std::move(*text)});
-        }
-    }
-
-    // Without NULs at the end; nothing when there are no others.
-    static std::optional<std::u16string> text_of(std::string_view bytes) {
-        std::u16string text;
-        for (; bytes.size() >= 2; bytes.remove_prefix(2))
-            text += static_cast<char16_t>(little_endian(bytes.substr(0, 2)));
-        text.resize(text.find_last_not_of(u'\0') + 1);
-        return text.find(u'\0') == text.npos ? std::nullopt : std::optional(std::move(text));
-    }
-
-    LongTexts texts_;
-    std::map<std::string, std::size_t> counts_;
+    FileBytes& file_;
+    std::size_t position_;
+    std::size_t end_;
 };
+
+std::size_t number(std::string_view bytes, std::size_t at, std::size_t size) {
+    return little_endian(bytes.substr(at, size));
+}
+
+class HeaderReader {
+public:
+    HeaderReader(FileBytes& file, AsfHeader& header) : file_(file), header_(header) {}
+
+    void read() {
+        const std::string_view head = file_.some(header_.start, file_header_size);
+        if (head.size() < file_header_size || !head.starts_with(header_guid))
+            throw vantaro_io::exception_io_data("The file is called ASF, but has no header of one");
+        header_.size = number(head, 16, 8);
+        if (header_.size > file_.size() - header_.start)
+            throw vantaro_io::exception_io_data("The ASF header is larger than the file");
+        if (header_.size < file_header_size || header_.size > largest_header)
+            throw vantaro_io::exception_io_data("The ASF header has a size that no header can have");
+        file_.note_tag(header_.start, header_.size);
+        Pieces pieces(file_, header_.start + file_header_size, header_.start + header_.size);
+        for (std::size_t count = number(head, 24, 4); count > 0; --count) {
+            if (pieces.left() < object_header_size)
+                throw vantaro_io::exception_io_data("The ASF header has fewer objects than it says");
+            header_.objects.push_back(read_object(pieces, false));
+        }
+        header_.rest = pieces.rest();
+    }
+
+private:
+    AsfObject read_object(Pieces& pieces, bool in_extension) {
+        if (++objects_ > most_objects)
+            throw vantaro_io::exception_io_data("The ASF header has more objects than any file needs");
+        const std::size_t start = pieces.position();
+        const std::string_view head = file_.bytes(start, object_header_size);
+        const std::size_t size = number(head, 16, 8);
+        if (size < object_header_size)
+            throw vantaro_io::exception_io_data(
+                "The ASF header has an object that is smaller than its own head");
+        if (size > pieces.left())
+            throw vantaro_io::exception_io_data(
+                "The ASF header has an object that is larger than what holds it");
+        AsfObject object{kind_of(head.substr(0, 16), in_extension), pieces.part(size)};
+        Pieces content(file_, start + object_header_size, start + size);
+        if (object.kind == AsfKind::header_extension)
+            read_extension(object, content);
+        else if (object.kind == AsfKind::content_description)
+            read_content(object, content);
+        else if (object.kind == AsfKind::extended_description)
+            read_extended(object, content);
+        else if (in_extension && object.kind != AsfKind::other)
+            read_metadata(object, content);
+        return object;
+    }
+
+    void read_extension(AsfObject& object, Pieces& content) {
+        if (has_extension_) {
+            object.kind = AsfKind::other;
+            return;
+        }
+        has_extension_ = true;
+        if (content.left() < extension_header_size - object_header_size
+            || number(content.bytes(22), 18, 4) != content.left())
+            throw vantaro_io::exception_io_data("The ASF header extension has another size than its object");
+        while (content.left() >= object_header_size)
+            header_.extension.push_back(read_object(content, true));
+        object.rest = content.rest();
+    }
+
+    void read_content(AsfObject& object, Pieces& content) {
+        const std::string_view sizes = content.bytes(2 * asf_content_names.size());
+        for (std::size_t i = 0; i < asf_content_names.size(); ++i) {
+            AsfAttribute& text = object.attributes.emplace_back();
+            text.name = asf_content_names[i];
+            text.value = content.part(number(sizes, 2 * i, 2));
+        }
+        object.rest = content.rest();
+    }
+
+    void read_extended(AsfObject& object, Pieces& content) {
+        for (std::size_t count = read_count(content); count > 0; --count) {
+            AsfAttribute& attribute = object.attributes.emplace_back();
+            take_name(attribute, content.part(number(content.bytes(2), 0, 2)));
+            const std::string_view head = content.bytes(4);
+            attribute.type = static_cast<AsfType>(number(head, 0, 2));
+            attribute.value = content.part(number(head, 2, 2));
+        }
+        object.rest = content.rest();
+    }
+
+    void read_metadata(AsfObject& object, Pieces& content) {
+        for (std::size_t count = read_count(content); count > 0; --count) {
+            AsfAttribute& attribute = object.attributes.emplace_back();
+            const std::string_view head = content.bytes(12);
+            attribute.language = static_cast<unsigned>(number(head, 0, 2));
+            attribute.stream = static_cast<unsigned>(number(head, 2, 2));
+            attribute.type = static_cast<AsfType>(number(head, 6, 2));
+            take_name(attribute, content.part(number(head, 4, 2)));
+            attribute.value = content.part(number(head, 8, 4));
+        }
+        object.rest = content.rest();
+    }
+
+    std::size_t read_count(Pieces& content) {
+        const std::size_t count = number(content.bytes(2), 0, 2);
+        attributes_ += count;
+        if (attributes_ > most_attributes)
+            throw vantaro_io::exception_io_data("The ASF header has more attributes than any file needs");
+        return count;
+    }
+
+    static void take_name(AsfAttribute& attribute, Part name) {
+        attribute.name = from_asf_text(name.bytes());
+        attribute.stored_name = std::move(name);
+    }
+
+    FileBytes& file_;
+    AsfHeader& header_;
+    std::size_t objects_ = 0;
+    std::size_t attributes_ = 0;
+    bool has_extension_ = false;
+};
+
+std::size_t size_of(const std::vector<Part>& parts) {
+    std::size_t size = 0;
+    for (const Part& part : parts)
+        size += part.size();
+    return size;
+}
+
+void append_object(std::vector<Part>& parts, AsfKind kind, const std::vector<Part>& content) {
+    parts.emplace_back(std::string(guid_of(kind))
+                       + little_endian_bytes(object_header_size + size_of(content), 8));
+    parts.insert(parts.end(), content.begin(), content.end());
+}
+
+std::vector<Part> render_attributes(const AsfObject& object) {
+    const std::vector<AsfAttribute>& attributes = object.attributes;
+    const auto word = [](std::size_t value) { return little_endian_bytes(value, 2); };
+    std::vector<Part> parts(1);
+    std::string head;
+    if (object.kind != AsfKind::content_description)
+        head = word(attributes.size());
+    else
+        for (const AsfAttribute& text : attributes)
+            head += word(text.value.size());
+    parts.front() = Part(std::move(head));
+    for (const AsfAttribute& attribute : attributes) {
+        const std::size_t name_size = attribute.stored_name.size();
+        const std::string type = word(static_cast<std::uint16_t>(attribute.type));
+        if (object.kind == AsfKind::extended_description) {
+            parts.emplace_back(word(name_size));
+            parts.push_back(attribute.stored_name);
+            parts.emplace_back(type + word(attribute.value.size()));
+        } else if (object.kind != AsfKind::content_description) {
+            parts.emplace_back(word(attribute.language) + word(attribute.stream) + word(name_size) + type
+                               + little_endian_bytes(attribute.value.size(), 4));
+            parts.push_back(attribute.stored_name);
+        }
+        parts.push_back(attribute.value);
+    }
+    parts.push_back(object.rest);
+    return parts;
+}
+
+std::vector<Part> render_extension(const AsfHeader& header, const AsfObject& object) {
+    std::vector<Part> inner;
+    for (const AsfObject& child : header.extension)
+        if (child.is_edited)
+            append_object(inner, child.kind, render_attributes(child));
+        else
+            inner.push_back(child.bytes);
+    inner.push_back(object.rest);
+    const std::string reserved =
+        object.bytes.size() == 0
+            ? std::string(reserved_guid) + little_endian_bytes(6, 2)
+            : std::string(object.bytes.head(extension_header_size).substr(object_header_size, 18));
+    inner.insert(inner.begin(), Part(reserved + little_endian_bytes(size_of(inner), 4)));
+    return inner;
+}
+
+/// The file properties with `size` in place of the file's own size; as they are where they say another one.
+Part with_file_size(const Part& properties, std::size_t old_size, std::size_t size) {
+    if (properties.size() < file_size_at + 8
+        || number(properties.head(file_size_at + 8), file_size_at, 8) != old_size)
+        return properties;
+    return {std::string(properties.bytes()).replace(file_size_at, 8, little_endian_bytes(size, 8))};
+}
 
 } // namespace
 
-LongTexts long_texts(TagLib::IOStream& stream) {
-    const std::string header = read_some(stream, 0, asf_header_size(stream));
-    LongTextFinder finder;
-    finder.find_in(std::string_view(header).substr(std::min(file_header_size, header.size())), false);
-    return finder.take_texts();
+std::string from_asf_text(std::string_view bytes) {
+    std::string marked = "\xFF\xFE"; // the low byte first
+    marked += bytes;
+    const Values strings = decode_strings(marked, TextEncoding::utf16);
+    return strings.empty() ? std::string() : strings.front();
 }
 
-void check_asf(TagLib::IOStream& stream) {
-    const std::uint64_t header_size = little_endian(read_some(stream, 16, 8));
-    if (header_size < file_header_size || header_size > stream_size(stream))
-        throw vantaro_io::exception_io_data();
-    std::uint64_t position = file_header_size;
-    for (std::uint64_t count = little_endian(read_some(stream, 24, 4)); count > 0; --count) {
-        const std::uint64_t size = little_endian(read_some(stream, position + 16, 8));
-        if (position > header_size || size < object_header_size || size > header_size - position)
-            throw vantaro_io::exception_io_data();
-        position += size;
-    }
+std::string to_asf_text(const std::string& utf8) {
+    return encode_strings({utf8}, TextEncoding::utf16).substr(2) + std::string(2, '\0');
 }
 
-std::uint64_t asf_header_size(TagLib::IOStream& stream) {
-    return little_endian(read_bytes(stream, 16, 8));
+AsfHeader read_asf_header(FileBytes& file, std::size_t start) {
+    AsfHeader header{start};
+    HeaderReader(file, header).read();
+    return header;
 }
 
-void pad_asf_header(TagLib::IOStream& stream, std::uint64_t room) {
-    const std::string bytes = read_bytes(stream, 0, asf_header_size(stream));
-    std::string_view header = bytes;
-    const std::string_view head = take(header, file_header_size);
-    std::string objects;
-    std::uint32_t count = 0;
-    for (std::uint64_t left = little_endian(head.substr(24, 4)); left > 0; --left) {
-        if (header.size() < object_header_size)
-            throw vantaro_io::exception_io_data();
-        const std::uint64_t size = little_endian(header.substr(16, 8));
-        if (size < object_header_size || size > header.size())
-            throw vantaro_io::exception_io_data();
-        const std::string_view object = take(header, size);
-        if (object.starts_with(padding_guid))
+void write_asf_header(const AsfHeader& header, FileBytes& file, Rewriting& rewriting) {
+    std::size_t attributes = 0;
+    for (const AsfObject* list : attribute_lists(header))
+        attributes += list->attributes.size();
+    std::vector<Part> parts(1); // the header's own beginning
+    std::size_t count = 0;
+    std::size_t properties = 0;
+    for (const AsfObject& object : header.objects) {
+        if (object.kind == AsfKind::padding)
             continue;
-        objects += object;
+        ++count;
+        if (object.is_edited && object.kind == AsfKind::header_extension)
+            append_object(parts, object.kind, render_extension(header, object));
+        else if (object.is_edited)
+            append_object(parts, object.kind, render_attributes(object));
+        else
+            parts.push_back(object.bytes);
+        if (object.kind == AsfKind::file_properties)
+            properties = parts.size() - 1;
+    }
+    const std::size_t needed = file_header_size + size_of(parts) + header.rest.size();
+    const std::size_t size = padded_size(needed, header.size, {.header = object_header_size});
+    if (size > largest_header || count >= most_objects || attributes > most_attributes)
+        throw vantaro_io::exception_io("The tags are larger than an ASF file can hold");
+    if (size > needed) {
+        append_object(parts, AsfKind::padding, {Part(std::string(size - needed - object_header_size, '\0'))});
         ++count;
     }
-    const std::size_t needed = file_header_size + objects.size();
-    const std::size_t padding = padded_size(needed, room, {.header = object_header_size}) - needed;
-    if (padding > 0) {
-        objects += padding_guid;
-        objects += little_endian_bytes(padding, 8);
-        objects.resize(objects.size() + padding - object_header_size);
-        ++count;
-    }
-    std::string padded(head.substr(0, 16));
-    padded += little_endian_bytes(needed + padding, 8);
-    padded += little_endian_bytes(count, 4);
-    padded += head.substr(28);
-    padded += objects;
-    replace_bytes(stream, 0, bytes.size(), padded);
-}
-
-std::map<std::string, std::size_t> values_behind_library(TagLib::IOStream& stream) {
-    const std::uint64_t header_size = little_endian(read_some(stream, 16, 8));
-    const std::uint64_t end = std::min<std::uint64_t>(header_size, stream_size(stream));
-    bool library_first = false;
-    for (std::uint64_t position = file_header_size; position + object_header_size <= end;) {
-        const std::string header = read_some(stream, position, object_header_size);
-        const std::uint64_t size = little_endian(std::string_view(header).substr(16));
-        if (size < object_header_size || size > end - position)
-            break;
-        if (header.starts_with(extension_guid))
-            library_first = true;
-        else if (header.starts_with(description_guid) && library_first)
-            return count_values(read_some(stream, position + object_header_size, size - object_header_size));
-        position += size;
-    }
-    return {};
+    parts.push_back(header.rest);
+    if (properties != 0)
+        parts[properties] = with_file_size(parts[properties], file.size(), file.size() - header.size + size);
+    const std::string_view head = file.bytes(header.start, file_header_size);
+    parts.front() = Part(std::string(head.substr(0, 16)) + little_endian_bytes(size, 8)
+                         + little_endian_bytes(count, 4) + std::string(head.substr(28)));
+    rewriting.replace(header.start, header.size, parts);
 }
 
 } // namespace vantaro::core::tags

@@ -38,7 +38,6 @@ AudioProperties describe_wavpack(FileBytes& file, const AudioPart& audio);
 AudioProperties describe_monkeys_audio(FileBytes& file, const AudioPart& audio);
 AudioProperties describe_musepack(FileBytes& file, const AudioPart& audio);
 AudioProperties describe_true_audio(FileBytes& file, const AudioPart& audio);
-AudioProperties describe_asf(FileBytes& file, const AudioPart& audio);
 
 /// Sets the technical fields and the length. Throws exception_io_data when the audio's header is damaged.
 void set_technical_fields(AudioFile& file, TrackInfoRecord& info);

@@ -6,7 +6,6 @@
 #include "vantaro/tags/text.h"
 
 #include <apefile.h>
-#include <asffile.h>
 #include <mpcfile.h>
 #include <trueaudiofile.h>
 #include <wavpackfile.h>
@@ -33,10 +32,6 @@ Audio describe(const TagLib::MPC::Properties& properties) {
 }
 Audio describe(const TagLib::TrueAudio::Properties& properties) {
     return {"TTA", "", true, properties.bitsPerSample()};
-}
-Audio describe(const TagLib::ASF::Properties& properties) {
-    const bool lossless = properties.codec() == TagLib::ASF::Properties::WMA9Lossless;
-    return {"WMA", from_taglib(properties.codecName()), lossless, lossless ? properties.bitsPerSample() : 0};
 }
 
 template <class File>
@@ -76,9 +71,6 @@ AudioProperties describe_musepack(FileBytes& file, const AudioPart& audio) {
 }
 AudioProperties describe_true_audio(FileBytes& file, const AudioPart& audio) {
     return read_file<TagLib::TrueAudio::File>(file, audio);
-}
-AudioProperties describe_asf(FileBytes& file, const AudioPart& audio) {
-    return read_file<TagLib::ASF::File>(file, audio);
 }
 
 } // namespace vantaro::core::tags

@@ -307,7 +307,8 @@ void write_asf_header(const AsfHeader& header, FileBytes& file, Rewriting& rewri
     }
     const std::size_t needed = file_header_size + size_of(parts) + header.rest.size();
     const std::size_t size = padded_size(needed, header.size, {.header = object_header_size});
-    if (size > largest_header || count >= most_objects || attributes > most_attributes)
+    if (size > largest_header || count + header.extension.size() >= most_objects
+        || attributes > most_attributes)
         throw vantaro_io::exception_io("The tags are larger than an ASF file can hold");
     if (size > needed) {
         append_object(parts, AsfKind::padding, {Part(std::string(size - needed - object_header_size, '\0'))});

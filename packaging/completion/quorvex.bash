@@ -26,7 +26,7 @@ _quorvex_offer_lines() {
 
 # Music files, playlists and folders.
 _quorvex_tracks() {
-    _filedir '@(mp3|mp2|mpga|flac|fla|ogg|oga|opus|spx|m4[abpr]|mp4|wv|ape|mac|mpc|mp+|mpp|tta|wav|aif?(f|c)|rf64|bw64|dsf|dff|caf|wma|asf|mka|mkv|webm|m3u?(8)|pls|cue)'
+    _filedir '@(mp3|mp2|mpga|flac|fla|ogg|oga|opus|spx|m4[abpr]|mp4|wv|ape|mac|mpc|mp+|mpp|tta|wav|aif?(f|c)|rf64|bw64|dsf|dff|caf|wma|asf|mka|mkv|webm|aac|ac3|eac3|ec3|tak|of[rs]|shn|m3u?(8)|pls|cue)'
 }
 
 # The values of the options that both programs have. Returns whether the cursor is at one.

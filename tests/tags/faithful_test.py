@@ -35,7 +35,8 @@ ODD_VALUES = ("", "04", "0", "3/12", "/", "3/", "/12", "17", "(17)", "((x", "RX"
 def table_of(extension):
     if extension in XIPH:
         return "xiph"
-    return {"m4a": "mp4", "wma": "asf", "wv": "ape", "ape": "ape", "mpc": "ape", "caf": "caf",
+    return {"m4a": "mp4", "wma": "asf", "wv": "ape", "ape": "ape", "mpc": "ape", "ac3": "ape", "eac3": "ape",
+            "tak": "ape", "caf": "caf",
             "mka": "matroska", "webm": "matroska"}.get(extension, "id3v2")
 
 
@@ -60,6 +61,13 @@ def put_raw(path, table, name, value):
         file.save()
     elif table == "matroska":
         add_matroska_tag(path, simple_tag(name, value))
+    elif path.endswith(".aac"):
+        try:
+            tags = id3.ID3(path)
+        except id3.ID3NoHeaderError:
+            tags = id3.ID3()
+        tags.add(id3.TXXX(encoding=3, desc=name, text=[value]))
+        tags.save(path)
     elif table == "id3v2":
         file = mutagen.File(path)
         tags = file.tags if isinstance(getattr(file, "tags", None), id3.ID3) else None

@@ -38,6 +38,9 @@ ENCODERS = {
     "rf64": ["-rf64", "always", "-f", "wav"],
     "caf": [],
     "wma": ["-c:a", "wmav2"],
+    "aac": ["-c:a", "aac"],
+    "ac3": ["-c:a", "ac3"],
+    "eac3": ["-c:a", "eac3"],
     "mka": ["-c:a", "flac"],
     # With a tag that tells no level, as most programs write them.
     "webm": ["-c:a", "libopus", "-metadata", "SOURCE=here"],
@@ -83,9 +86,15 @@ def synthetic_dff():
     return b"FRM8" + struct.pack(">Q", len(chunks) + 4) + b"DSD " + chunks
 
 
+def synthetic_tak():
+    """What begins as a TAK file does: its audio is described by nobody here."""
+    return b"tBaK" + bytes(range(256)) * 8
+
+
 XIPH = ("flac", "ogg", "opus", "spx", "oga")
-SYNTHETIC = {"ape": synthetic_ape, "mpc": synthetic_mpc, "dsf": synthetic_dsf, "dff": synthetic_dff}
-UNDECODED = ("ape", "mpc")
+SYNTHETIC = {"ape": synthetic_ape, "mpc": synthetic_mpc, "dsf": synthetic_dsf, "dff": synthetic_dff, "tak": synthetic_tak}
+# No decoder is at hand, or it takes the tag for audio.
+UNDECODED = ("ape", "mpc", "tak", "ac3", "eac3")
 # Formats with one value a field.
 SINGLE = ("caf",)
 FORMATS = list(ENCODERS) + list(SYNTHETIC)

@@ -141,6 +141,39 @@ constexpr auto formats = std::to_array<Format>({
      .signatures = {{{first_packet, "Speex   "}}},
      .open = open_ogg_file,
      .customary_tag = vorbis_comment},
+    {.name = "TAK",
+     .extensions = "tak",
+     .mime_types = "audio/x-tak",
+     .signatures = {{{0, "tBaK"}}},
+     .open = open_wrapped_file,
+     .customary_tag = ape_tag},
+    {.name = "OptimFROG",
+     .extensions = "ofr ofs",
+     .mime_types = "audio/x-ofr",
+     .signatures = {{{0, "OFR "}}},
+     .open = open_wrapped_file,
+     .customary_tag = ape_tag},
+    {.name = "Shorten",
+     .extensions = "shn",
+     .mime_types = "application/x-shorten",
+     .signatures = {{{0, "ajkg"}}},
+     .open = open_wrapped_file,
+     .customary_tag = ape_tag},
+    {.name = "AC-3",
+     .extensions = "ac3 eac3 ec3",
+     .mime_types = "audio/ac3 audio/eac3",
+     .signatures = {{{0, "\x0B\x77"}}},
+     .open = open_wrapped_file,
+     .customary_tag = ape_tag,
+     .describe = describe_ac3},
+    // MPEG-4 and MPEG-2, with a checksum and without, and those with a single header.
+    {.name = "AAC",
+     .extensions = "aac",
+     .mime_types = "audio/aac",
+     .signatures = {{{0, "\xFF\xF1"}, {0, "\xFF\xF9"}, {0, "\xFF\xF0"}, {0, "\xFF\xF8"}, {0, "ADIF"}}},
+     .open = open_wrapped_file,
+     .customary_tag = id3v24,
+     .describe = describe_aac},
     // By the sync word, version and layer: last, since they are the shortest. Layer I looks like other
     // things' beginnings, and a layer of 0 is AAC.
     {.name = "MP3",
@@ -211,6 +244,12 @@ const Format* format_of_name(std::string_view path) {
 }
 
 bool has_signature(const Format& format, std::string_view head) {
+    return std::ranges::any_of(format.signatures,
+                               [&](const Signature& signature) { return begins_with(head, signature); });
+}
+
+bool begins_as(FileBytes& file, const Format& format, std::size_t start) {
+    const std::string_view head = file.some(start, 64);
     return std::ranges::any_of(format.signatures,
                                [&](const Signature& signature) { return begins_with(head, signature); });
 }

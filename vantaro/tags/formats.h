@@ -51,6 +51,8 @@ const Format* format_of_name(std::string_view path);
 /// How many bytes signatures are looked for in.
 constexpr std::size_t signature_area = 64;
 bool has_signature(const Format& format, std::string_view head);
+/// Whether what stands at `start` is one of the format's signatures.
+bool begins_as(FileBytes& file, const Format& format, std::size_t start);
 /// By the content that starts at `start`, behind ID3v2 tags; where that says nothing, by the extension.
 const Format* find_format(FileBytes& file, std::size_t start);
 

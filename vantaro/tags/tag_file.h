@@ -7,8 +7,8 @@
 //     FileEdit edit = write_tags(file, field_changes(before.fields(), after.fields())).edit;
 //
 // Formats: MP3, FLAC, Ogg Vorbis, Opus, Ogg FLAC, Speex, MP4, WavPack, Monkey's Audio, Musepack, True Audio,
-// WAV, RF64, AIFF, DSF, DSDIFF, CAF, ASF, Matroska (WebM too). The format is told by the content, by the
-// extension of the name only when the content does not say.
+// WAV, RF64, AIFF, DSF, DSDIFF, CAF, ASF, Matroska (WebM too), AAC, AC-3, TAK, OptimFROG, Shorten. The format
+// is told by the content, by the extension of the name only when the content does not say.
 //
 // Fields have upper-case names of one vocabulary, whatever the format calls them (id3v2_places.h and its
 // neighbours list them); a name that no table has is stored under that very name. Numbers and totals are
@@ -21,13 +21,14 @@
 // such as YEAR or DESCRIPTION in a Vorbis comment, are the field only where the customary name is missing.
 //
 // Several tags in one file: a field comes from the first tag that has it. The order is the format's own tag
-// (FLAC: Vorbis comment), then ID3v2, APE, ID3v1 for MP3, FLAC and True Audio, APE, ID3v2, ID3v1 for Monkey's
-// Audio, Musepack and WavPack, and ID3v2, INFO for WAV and RF64; in Matroska the segment's title stands behind
-// the tags. A change is made in every tag that the file has (INFO and the segment's title: only where it has
-// the field already, a title too long for its place not at all); a field removed is gone from all of them. No
-// tag is added as long as those present hold the change exactly; otherwise the format's customary tag is added
-// (ID3v2.4 for MP3, True Audio, WAV, RF64, AIFF, DSF and DSDIFF; APE; Vorbis comment; CAF's "info"; Matroska's)
-// and gets the other fields too, so that a program that reads only the first tag misses nothing.
+// (FLAC: Vorbis comment), then ID3v2, APE, ID3v1 for MP3, AAC, FLAC and True Audio; APE, ID3v2, ID3v1 for
+// Monkey's Audio, Musepack, WavPack, AC-3, TAK, OptimFROG and Shorten; ID3v2, INFO for WAV and RF64; in
+// Matroska the segment's title stands behind the tags. A change is made in every tag that the file has (INFO
+// and the segment's title: only where it has the field already, a title too long for its place not at all); a
+// field removed is gone from all of them. No tag is added as long as those present hold the change exactly;
+// otherwise the format's customary tag is added (ID3v2.4 for MP3, AAC, True Audio, WAV, RF64, AIFF, DSF and
+// DSDIFF; APE; Vorbis comment; CAF's "info"; Matroska's) and gets the other fields too, so that a program that
+// reads only the first tag misses nothing.
 //
 // Empty values: Vorbis comments and MP4 keep them. The others cannot tell an empty value from none: it is
 // left out there, and a field with only empty values is removed.

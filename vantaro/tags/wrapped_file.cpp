@@ -1,4 +1,5 @@
 // Formats that have no tags of their own, only those around the audio.
+#include "host/api/exceptions.h"
 #include "vantaro/tags/audio_file.h"
 #include "vantaro/tags/outer_tags.h"
 
@@ -9,7 +10,12 @@ namespace {
 class WrappedFile final : public AudioFile {
 public:
     WrappedFile(FileBytes& file, const Format& format, std::size_t start)
-        : AudioFile(format), file_(file), outer_(file, start) {}
+        : AudioFile(format), file_(file), outer_(file, start) {
+        // Nothing else would tell that the name is wrong.
+        if (format.describe == nullptr && !begins_as(file, format, start))
+            throw vantaro_io::exception_io_data("The file does not begin as " + std::string(format.name)
+                                                + " files do");
+    }
 
     std::vector<TagStore*> tags() override { return outer_.tags(format().customary_tag); }
     TagStore* add_customary_tag() override { return outer_.add(format().customary_tag); }

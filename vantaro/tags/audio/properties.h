@@ -34,6 +34,8 @@ struct AudioProperties {
 /// What the formats say of their audio; TagLib reads what is rare. `audio` is the format's own bytes. All
 /// throw exception_io_data when the header is damaged.
 AudioProperties describe_mpeg(FileBytes& file, const AudioPart& audio);
+AudioProperties describe_aac(FileBytes& file, const AudioPart& audio);
+AudioProperties describe_ac3(FileBytes& file, const AudioPart& audio);
 AudioProperties describe_wavpack(FileBytes& file, const AudioPart& audio);
 AudioProperties describe_monkeys_audio(FileBytes& file, const AudioPart& audio);
 AudioProperties describe_musepack(FileBytes& file, const AudioPart& audio);

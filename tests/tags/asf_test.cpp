@@ -218,12 +218,31 @@ TEST(AsfAudio, IsToldAsFarAsItIsKnown) {
     }
 }
 
+TEST(AsfFields, AreReadInTheOrderOfTheirLists) {
+    const std::string title = to_asf_text("1");
+    const std::string numbers = attribute("Yes", 2, number(1, 2), 0, 0)
+                                + attribute("No", 2, number(0, 4), 0, 0)
+                                + attribute("Large", 4, number(~0ULL, 8), 0, 0);
+    const std::string bytes =
+        header({extension(object(library_guid,
+                                 number(4, 2) + attribute("Title", 0, to_asf_text("3"), 0, 0) + numbers)),
+                object(extended_guid, number(2, 2) + attribute("TITLE", 0, to_asf_text("4"))
+                                          + attribute("Title", 0, to_asf_text("2"))),
+                object(content_guid, number(title.size(), 2) + number(0, 8) + title)});
+    TrackInfoRecord info;
+    read_tags(MemorySource("x.wma", bytes), info);
+    const std::vector<TrackField> wanted{
+        {"TITLE", {"1", "2", "3", "4"}}, {"LARGE", {"18446744073709551615"}}, {"YES", {"1"}}};
+    EXPECT_TRUE(field_changes(info.fields(), wanted).empty()); // a Boolean of four bytes is none here
+}
+
 TEST(AsfEdits, KeepWhatTheyDoNotName) {
     const std::string picture = attribute("WM/Picture", 1, std::string(70'000, 'p'), 0, 0);
     const std::string guid = attribute("WM/Genre", 6, std::string(16, 'g'), 0, 0);
     const std::string half_name = number(3, 2) + "\0\xD8x"s + number(0, 2) + number(1, 2) + "x";
     const std::string binary = attribute("WM/AlbumTitle", 1, "bytes");
     const std::string wrong_number = attribute("WM/AlbumTitle", 3, "bytes");
+    const std::string second_extension = extension(object(library_guid, number(0, 2)));
     const std::string rating = "r\0\0\0"s;
     const std::string content = number(0, 8) + number(rating.size(), 2) + rating + "behind";
     const std::string before =
@@ -234,7 +253,7 @@ TEST(AsfEdits, KeepWhatTheyDoNotName) {
                                                      + "after")
                           + "scrap"),
                 object(extended_guid, number(3, 2) + half_name + binary + wrong_number + "after"),
-                file_properties(0)},
+                second_extension, file_properties(0)},
                "rest")
         + "data";
     const std::string bytes = with(before, before.find("ffff") + 16, number(before.size(), 8));
@@ -251,6 +270,7 @@ TEST(AsfEdits, KeepWhatTheyDoNotName) {
              object(content_guid, number(text.size(), 2) + number(0, 6) + number(rating.size(), 2) + text
                                       + rating + "behind"),
              object(unknown_guid, "inner"),
+             second_extension,
              number(6, 2) + picture + guid + attribute("WM/AlbumTitle", 0, to_asf_text("A"), 0, 0)
                  + attribute("WM/AlbumTitle", 0, to_asf_text("B"), 0, 0)
                  + attribute("WM/Genre", 0, to_asf_text("G"), 3, 4)

@@ -90,7 +90,7 @@ std::vector<TrackField> AsfFields::fields() const {
                 && is_text(attribute, list->kind == AsfKind::extended_description))
                 texts[attribute.name].push_back(text_of(attribute));
     RankedFields result;
-    for (const auto& [place, values] : texts) {
+    const auto add = [&](const std::string& place, const Values& values) {
         const std::string name = listed_name(place);
         const std::size_t rank = rank_of_place(asf_places, place);
         const PairNames* names = find_pair(name);
@@ -101,7 +101,12 @@ std::vector<TrackField> AsfFields::fields() const {
         } else {
             result.add(name, rank, values);
         }
-    }
+    };
+    for (const std::string_view name : asf_content_names)
+        if (const auto content = texts.extract(std::string(name)); !content.empty())
+            add(content.key(), content.mapped());
+    for (const auto& [place, values] : texts)
+        add(place, values);
     return result.take();
 }
 

@@ -248,8 +248,9 @@ TEST(AsfEdits, KeepWhatTheyDoNotName) {
     const std::string before =
         header({object(unknown_guid, "first"), object(content_guid, content),
                 extension(object(unknown_guid, "inner")
-                          + object(library_guid, number(3, 2) + picture + guid
-                                                     + attribute("WM/Genre", 0, to_asf_text("Old"), 3, 4)
+                          + object(library_guid, number(4, 2) + picture + guid
+                                                     + attribute("WM/Genre", 0, to_asf_text("Old"), 3, 0)
+                                                     + attribute("WM/Mood", 0, to_asf_text("Old"), 0, 4)
                                                      + "after")
                           + "scrap"),
                 object(extended_guid, number(3, 2) + half_name + binary + wrong_number + "after"),
@@ -258,8 +259,11 @@ TEST(AsfEdits, KeepWhatTheyDoNotName) {
         + "data";
     const std::string bytes = with(before, before.find("ffff") + 16, number(before.size(), 8));
     const MemorySource file("x.wma", bytes);
-    const std::vector<FieldChange> changes{
-        {"TITLE", {"T"}}, {"ALBUM", {"A", "B"}}, {"GENRE", {"G", "H"}}, {"COMPILATION", {"1"}}};
+    const std::vector<FieldChange> changes{{"TITLE", {"T"}},
+                                           {"ALBUM", {"A", "B"}},
+                                           {"GENRE", {"G", "H"}},
+                                           {"MOOD", {"M"}},
+                                           {"COMPILATION", {"1"}}};
     const std::string after = edited_bytes(write_tags(file, changes).edit, bytes);
 
     EXPECT_EQ(little_endian(after.substr(after.find("ffff") + 16, 8)), after.size());
@@ -271,14 +275,21 @@ TEST(AsfEdits, KeepWhatTheyDoNotName) {
                                       + rating + "behind"),
              object(unknown_guid, "inner"),
              second_extension,
-             number(6, 2) + picture + guid + attribute("WM/AlbumTitle", 0, to_asf_text("A"), 0, 0)
+             number(7, 2) + picture + guid + attribute("WM/AlbumTitle", 0, to_asf_text("A"), 0, 0)
                  + attribute("WM/AlbumTitle", 0, to_asf_text("B"), 0, 0)
-                 + attribute("WM/Genre", 0, to_asf_text("G"), 3, 4)
-                 + attribute("WM/Genre", 0, to_asf_text("H"), 0, 0) + "afterscrap",
+                 + attribute("WM/Genre", 0, to_asf_text("G"), 3, 0)
+                 + attribute("WM/Genre", 0, to_asf_text("H"), 0, 0)
+                 + attribute("WM/Mood", 0, to_asf_text("M"), 0, 4) + "afterscrap",
              object(extended_guid, number(4, 2) + half_name + binary + wrong_number
                                        + attribute("WM/IsCompilation", 2, number(1, 4)) + "after"),
          })
         EXPECT_NE(after.find(kept), after.npos) << kept.size();
+
+    // What is no Boolean becomes text.
+    const std::string third = edited_bytes(
+        write_tags(MemorySource("x.wma", after), std::vector<FieldChange>{{"COMPILATION", {"2"}}}).edit,
+        after);
+    EXPECT_NE(third.find(attribute("WM/IsCompilation", 0, to_asf_text("2"))), third.npos);
 }
 
 TEST(AsfEdits, AreRefusedWhereTheFileCouldNotBeReadAgain) {

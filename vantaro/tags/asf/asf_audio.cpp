@@ -1,4 +1,4 @@
-// What an ASF header says of the audio.
+// What an ASF header says of the audio. Offsets count from the beginning of an object.
 #include "vantaro/tags/asf/asf_header.h"
 #include "vantaro/tags/numbers.h"
 
@@ -12,7 +12,7 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr auto audio_guid = "\x40\x9E\x69\xF8\x4D\x5B\xCF\x11\xA8\xFD\x00\x80\x5F\x5C\x44\x2B"sv;
-constexpr std::size_t longest_look = 4096;
+constexpr std::size_t longest_look = 4096; ///< at an object: what counts stands in its beginning
 
 /// How the audio's header tells the codecs apart.
 enum class Wave : unsigned { wma_voice = 0x000A, wma1 = 0x0160, wma2, wma_pro, wma_lossless };

@@ -203,7 +203,7 @@ void AsfFields::set(const std::string& given_name, const Values& values) {
         pair.half(*names, name) = values;
         put(place, join_pairs(pair));
     }
-    // Other places that the file has. Each in its spelling.
+    // Other places that the file has, each in its spelling.
     Values places;
     for (const AsfObject* list : attribute_lists(header_))
         for (const AsfAttribute& attribute : list->attributes)

@@ -281,7 +281,7 @@ class RoundTrip(TagTestCase):
                            (lambda: Path(path).write_bytes(b""), "neither MPEG audio nor tags"),
                            (lambda: Path(path).write_bytes(b"hello" * 99), "first frame of MPEG audio is missing"),
                            (lambda: (os.remove(path), os.mkdir(path)), "Is a directory"),
-                           (lambda: (os.rmdir(path), os.mkfifo(path)), "Unsupported format")):
+                           (lambda: (os.rmdir(path), os.mkfifo(path)), "It is no regular file")):
             make()
             for act in (show, lambda name: edit(name, "TITLE=x")):
                 with self.assertRaisesRegex(RuntimeError, text):

@@ -76,11 +76,11 @@ OpenFile OpenFile::open_locked(SystemCalls& calls, const std::string& path, int 
 OpenFile OpenFile::open_itself(SystemCalls& calls, const std::string& path, int flags) {
     const int descriptor = open_descriptor(calls, path, flags | O_NOFOLLOW);
     if (descriptor < 0 && errno == ELOOP) // a link
-        throw vantaro_io::exception_io_data();
+        throw vantaro_io::exception_io_data("It is no regular file");
     check(descriptor);
     OpenFile file(calls, descriptor, path);
     if (!S_ISREG(file.status().st_mode))
-        throw vantaro_io::exception_io_data();
+        throw vantaro_io::exception_io_data("It is no regular file");
     return file;
 }
 

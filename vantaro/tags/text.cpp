@@ -2,7 +2,6 @@
 
 #include "vantaro/common/utf8.h"
 
-#include <tbytevector.h>
 #include <tstring.h>
 
 #include <unicode/unistr.h>
@@ -153,14 +152,6 @@ std::string from_taglib(const TagLib::String& text) {
 
 TagLib::String to_taglib(std::string_view utf8) {
     return {std::string(utf8), TagLib::String::UTF8};
-}
-
-std::string to_bytes(const TagLib::ByteVector& data) {
-    return {data.data(), data.size()};
-}
-
-TagLib::ByteVector to_byte_vector(std::string_view bytes) {
-    return {bytes.data(), static_cast<unsigned int>(bytes.size())};
 }
 
 } // namespace vantaro::core::tags

@@ -8,7 +8,6 @@
 
 namespace TagLib {
 class String;
-class ByteVector;
 } // namespace TagLib
 
 namespace vantaro::core::tags {
@@ -39,7 +38,5 @@ std::string_view terminator(TextEncoding encoding);
 
 std::string from_taglib(const TagLib::String& text);
 TagLib::String to_taglib(std::string_view utf8);
-std::string to_bytes(const TagLib::ByteVector& data);
-TagLib::ByteVector to_byte_vector(std::string_view bytes);
 
 } // namespace vantaro::core::tags

@@ -39,7 +39,7 @@ const Codec& codec_of(const Format& format) {
     for (const Codec& codec : codecs)
         if (codec.format == format.name)
             return codec;
-    throw vantaro_io::exception_io_data();
+    throw vantaro_io::exception_io_data("The file has no stream of audio with tags that are known");
 }
 
 const OggPage& page_of(const std::vector<OggPage>& streams, FileBytes& file, const Format& format) {

@@ -3,6 +3,7 @@
 #include "host/api/exceptions.h"
 #include "vantaro/common/utf8.h"
 #include "vantaro/tags/number_pair.h"
+#include "vantaro/tags/numbers.h"
 #include "vantaro/tags/xiph/xiph_places.h"
 
 #include <algorithm>
@@ -13,10 +14,8 @@ namespace {
 
 std::uint32_t take_number(std::string_view& bytes) {
     if (bytes.size() < 4)
-        throw vantaro_io::exception_io_data();
-    std::uint32_t result = 0;
-    for (std::size_t i = 4; i-- > 0;)
-        result = result << 8 | static_cast<unsigned char>(bytes[i]);
+        throw vantaro_io::exception_io_data("The Vorbis comment is longer than what holds it");
+    const auto result = static_cast<std::uint32_t>(little_endian(bytes.substr(0, 4)));
     bytes.remove_prefix(4);
     return result;
 }
@@ -24,15 +23,14 @@ std::uint32_t take_number(std::string_view& bytes) {
 std::string take_counted(std::string_view& bytes) {
     const std::size_t size = take_number(bytes);
     if (size > bytes.size())
-        throw vantaro_io::exception_io_data();
+        throw vantaro_io::exception_io_data("The Vorbis comment is longer than what holds it");
     std::string result(bytes.substr(0, size));
     bytes.remove_prefix(size);
     return result;
 }
 
 void append_counted(std::string& bytes, std::string_view text) {
-    for (unsigned i = 0; i < 4; ++i)
-        bytes += static_cast<char>(text.size() >> (8 * i) & 0xFF);
+    bytes += little_endian_bytes(text.size(), 4);
     bytes += text;
 }
 

@@ -40,29 +40,28 @@ TEST_P(Beginnings, TellFromTheirLastByteOn) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Tags, Beginnings,
-                         testing::Values(Row{"Wav", "RIFF\x10\0\0\0WAVE"s, "WAV"},
-                                         Row{"Aiff",
-                                             "FORM\0\0\0\x10"
-                                             "AIFF"s,
-                                             "AIFF"},
-                                         Row{"AiffCompressed",
-                                             "FORM\0\0\0\x10"
-                                             "AIFC"s,
-                                             "AIFF"},
-                                         Row{"Rf64", "RF64\xFF\xFF\xFF\xFFWAVE"s, "RF64"},
-                                         Row{"Bw64", "BW64\xFF\xFF\xFF\xFFWAVE"s, "RF64"},
-                                         Row{"Dsdiff", "FRM8"s, "DSDIFF"}, Row{"Dsf", "DSD "s, "DSF"},
-                                         Row{"Caf", "caff"s, "CAF"}, Row{"Flac", "fLaC"s, "FLAC"},
-                                         Row{"WavPack", "wvpk"s, "WavPack"},
-                                         Row{"Mp4",
-                                             "\0\0\0\x20"
-                                             "ftyp"s,
-                                             "MP4"},
-                                         Row{"Opus", "OggS\0\2"s + std::string(20, '\0') + "\x01\x08OpusHead", "Opus"},
-                                         Row{"Matroska", "\x1A\x45\xDF\xA3"s, "Matroska"},
-                                         Row{"Mpeg", "\xFF\xFB"s, "MP3"}),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Tags, Beginnings,
+    testing::Values(Row{"Wav", "RIFF\x10\0\0\0WAVE"s, "WAV"},
+                    Row{"Aiff",
+                        "FORM\0\0\0\x10"
+                        "AIFF"s,
+                        "AIFF"},
+                    Row{"AiffCompressed",
+                        "FORM\0\0\0\x10"
+                        "AIFC"s,
+                        "AIFF"},
+                    Row{"Rf64", "RF64\xFF\xFF\xFF\xFFWAVE"s, "RF64"},
+                    Row{"Bw64", "BW64\xFF\xFF\xFF\xFFWAVE"s, "RF64"}, Row{"Dsdiff", "FRM8"s, "DSDIFF"},
+                    Row{"Dsf", "DSD "s, "DSF"}, Row{"Caf", "caff"s, "CAF"}, Row{"Flac", "fLaC"s, "FLAC"},
+                    Row{"WavPack", "wvpk"s, "WavPack"},
+                    Row{"Mp4",
+                        "\0\0\0\x20"
+                        "ftyp"s,
+                        "MP4"},
+                    Row{"Opus", "OggS\0\2"s + std::string(20, '\0') + "\x01\x08OpusHead", "Opus"},
+                    Row{"Matroska", "\x1A\x45\xDF\xA3"s, "Matroska"}, Row{"Mpeg", "\xFF\xFB"s, "MP3"}),
+    [](const auto& row) { return row.param.name; });
 
 } // namespace
 } // namespace vantaro::core::tags

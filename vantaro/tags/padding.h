@@ -14,7 +14,8 @@
 //
 // What counts as room:
 // - ID3v2: the tag. In WAV, RF64, AIFF and DSDIFF what its chunk holds, or all of the chunk when that is new.
-// - CAF: the chunk "info" with the chunks "free" behind it, which are merged to one; none at the end of the file.
+// - CAF: the chunk "info" with the chunks "free" behind it, which are merged to one; none at the end of the
+// file.
 // - FLAC: all metadata blocks. Padding blocks are merged to one, the last.
 // - MP4: the item list with the "free" atoms beside it, which are merged to one behind the list. New atoms
 //   around a new list count too.

@@ -27,8 +27,8 @@
 // and the segment's title: only where it has the field already, a title too long for its place not at all); a
 // field removed is gone from all of them. No tag is added as long as those present hold the change exactly;
 // otherwise the format's customary tag is added (ID3v2.4 for MP3, AAC, True Audio, WAV, RF64, AIFF, DSF and
-// DSDIFF; APE; Vorbis comment; CAF's "info"; Matroska's) and gets the other fields too, so that a program that
-// reads only the first tag misses nothing.
+// DSDIFF; APE; Vorbis comment; CAF's "info"; Matroska's) and gets the other fields too, so that a program
+// that reads only the first tag misses nothing.
 //
 // Empty values: Vorbis comments and MP4 keep them. The others cannot tell an empty value from none: it is
 // left out there, and a field with only empty values is removed.
@@ -71,8 +71,8 @@ std::vector<FieldChange> field_changes(const std::vector<TrackField>& before,
 /// cannot be read, exception_io_data when it is no audio file or damaged, exception_aborted soon after
 /// `abort` is set. `info` is then unchanged.
 ///
-/// A file whose first frame of audio is not found within 16 MiB, or the last one (Ogg) within 64 MiB, counts as
-/// damaged. An MP3 of tags alone, or with nothing but zeros behind them, is one without facts about audio.
+/// A file whose first frame of audio is not found within 16 MiB, or the last one (Ogg) within 64 MiB, counts
+/// as damaged. An MP3 of tags alone, or with nothing but zeros behind them, is one without facts about audio.
 void read_tags(const std::string& path, TrackInfoRecord& info, const AbortFlag* abort = nullptr);
 
 /// The same of a file that is open already.

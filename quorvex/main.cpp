@@ -125,6 +125,7 @@ private:
             run_verb.add_flag("--dry-run", options.dry_run, "Print what would change, and change nothing");
         run_verb.add_flag("--changed", options.only_changed, "Print only the tracks that change")
             ->needs(dry_run);
+        core::add_id3v2_option(run_verb, options.setup.id3v2);
         yes(run_verb);
         json(run_verb);
         script(run_verb);
@@ -134,6 +135,7 @@ private:
             verb(app, "preview", "Print what a script would change",
                  [&options](Session& session) { return preview(session, options.run_options()); });
         preview_verb.add_flag("--changed", options.only_changed, "Print only the tracks that change");
+        core::add_id3v2_option(preview_verb, options.setup.id3v2);
         yes(preview_verb);
         json(preview_verb);
         script(preview_verb);

@@ -6,6 +6,8 @@
 #include "engine/run.h"
 #include "host/shared/text.h"
 #include "vantaro/application/exit_status.h"
+#include "vantaro/terminal/standard_output.h"
+#include "vantaro/terminal/tag_version_lines.h"
 
 #include <algorithm>
 #include <optional>
@@ -27,8 +29,10 @@ public:
 
     void on_track(const core::TrackOutcome& outcome, std::size_t done, std::size_t total) override {
         UpdateLines::on_track(outcome, done, total);
-        if (!json_)
+        if (!json_) {
+            versions_.add(outcome);
             return;
+        }
         Json object = track_object(*outcome.track);
         const bool has_failed = outcome.state == core::TrackOutcome::State::failed;
         if (!has_failed || was_read(outcome))
@@ -39,12 +43,17 @@ public:
             object["after"] = fields_object(outcome.after);
             object["changes"] = preview_text(outcome.before, outcome.after);
         }
+        if (outcome.tag_version)
+            object["tag_version"] = {{"before", outcome.tag_version->before},
+                                     {"after", outcome.tag_version->after}};
         print_json(object);
     }
     void on_end(const core::UpdateReport& report) override {
         UpdateLines::on_end(report);
-        if (!json_)
+        if (!json_) {
+            core::print_output(versions_.text());
             print_summary(report);
+        }
         hint_at_undo(terminal(), report.run);
     }
 
@@ -54,6 +63,7 @@ private:
     }
 
     const bool json_;
+    core::TagVersionLines versions_;
 };
 
 /// Reads the tags that groups are made from. Returns false when that was interrupted: groups of some of the

@@ -33,6 +33,7 @@ _quorvex_tracks() {
 _quorvex_common_value() {
     case $prev in
         --config-dir | --components) _filedir -d ;;
+        --id3v2) COMPREPLY=($(compgen -W 'as-needed keep 2.3 2.4' -- "$cur")) ;;
         --jobs) COMPREPLY=($(compgen -W '{1..64}' -- "$cur")) ;;
         --code-page)
             COMPREPLY=($(compgen -W 'windows-125{0..8} iso-8859-{{1..9},13,15} ibm-{437,850,852,866}
@@ -62,7 +63,7 @@ _quorvex() {
     local verb='' count=0 i
     for ((i = 1; i < cword; i++)); do
         case ${words[i]} in
-            --config-dir | --components | --jobs | --code-page | --name | --files-from) ((i++)) ;;
+            --config-dir | --components | --jobs | --code-page | --id3v2 | --name | --files-from) ((i++)) ;;
             -*) ;;
             *)
                 if [[ -z $verb || $verb == scripts ]]; then
@@ -78,8 +79,8 @@ _quorvex() {
         local options='--help --config-dir --components --jobs --code-page'
         case $verb in
             '') options+=' --version' ;;
-            run) options+=' --dry-run --changed --yes --json --files-from --null' ;;
-            preview) options+=' --changed --yes --json --files-from --null' ;;
+            run) options+=' --dry-run --changed --id3v2 --yes --json --files-from --null' ;;
+            preview) options+=' --changed --id3v2 --yes --json --files-from --null' ;;
             tags) options+=' --json --files-from --null' ;;
             format) options+=' --files-from --null' ;;
             runs | kinds) options+=' --json' ;;
@@ -122,8 +123,8 @@ _vantaro() {
     $split && return
     case $cur in
         -*)
-            COMPREPLY=($(compgen -W '--help --version --config-dir --components --jobs --code-page --menu --list-menu
-                --yes' -- "$cur"))
+            COMPREPLY=($(compgen -W '--help --version --config-dir --components --jobs --code-page --id3v2 --menu
+                --list-menu --yes' -- "$cur"))
             ;;
         /tag:*)
             COMPREPLY=($(compgen -W '/tag:help /tag:AUTOTRACKNUMBER /tag:FORMAT: /tag:GUESS:' -- "$cur"))

@@ -23,7 +23,7 @@ def files_in(folder):
 
 
 def options_in(help_text):
-    return set(re.findall(r"--[a-z-]+", re.sub(r"(?s)^.*?\nOptions:", "", help_text)))
+    return set(re.findall(r"--[a-z0-9-]+", re.sub(r"(?s)^.*?\nOptions:", "", help_text)))
 
 
 def verbs_in(help_text):

@@ -69,13 +69,14 @@ class Preferences(ProgramCase):
     def test_what_does_not_fit_is_named_and_has_no_effect(self):
         song = self.copy("06", "a.mp3")
         for text in ("{", "[]", '{"undo_days": -1}', '{"undo_days": "30"}', '{"undo_bytes": 1.5}', '{"keep_times": 1}',
-                     '{"undo_days": 99999999999999999999}', ""):
+                     '{"undo_days": 99999999999999999999}', '{"id3v2": "2.2"}', '{"id3v2": 2.4}',
+                     '{"id3v2_separator": ""}', ""):
             with self.subTest(text):
                 path = self.prefer(text)
                 outcome = self.run_program("quorvex", "run", self.script(set_value("TITLE", text or "none")), song)
                 self.assertEqual(outcome.status, 0)
                 self.assert_line(outcome.stderr, path, "the defaults hold")
-        self.assertEqual(len(self.runs().objects()), 8)
+        self.assertEqual(len(self.runs().objects()), 11)
 
     def test_a_file_that_cannot_be_opened_is_named_once(self):
         path = self.folder / "settings/vantaro/preferences.json"

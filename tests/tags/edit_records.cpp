@@ -1,8 +1,9 @@
 // edit_records: does to records of tags what scripts do, and says what a preview shows, what a run would
 // write and what reading it gives then; no file is changed.
 //
-// Standard input: a line {"path", "edit", "name", "value"} each. Standard output: a line each with "before",
-// "preview" or "preview_error", "file" or "file_error".
+// Standard input: a line {"path", "edit", "name", "value"} each, and "id3v2" where the version is chosen.
+// Standard output: a line each with "before", "preview" or "preview_error", "file" or "file_error",
+// "tag_version".
 #include "vantaro/tags/tag_file.h"
 
 #include <nlohmann/json.hpp>
@@ -59,7 +60,8 @@ Json answer(const Json& line) {
     Json result = Json::object();
     const core::MemorySource file = whole(line.at("path"));
     TrackInfoRecord before;
-    core::read_tags(file, before);
+    const core::TagOptions options{*core::id3v2_policy(line.value("id3v2", "as-needed")), "; "};
+    core::read_tags(file, before, nullptr, options);
     result["before"] = fields_of(before);
     TrackInfoRecord after = before;
     const std::string name = line.at("name");
@@ -78,10 +80,15 @@ Json answer(const Json& line) {
     }
     try {
         const core::WriteResult result_of_writing =
-            core::write_tags(file, core::field_changes(before.fields(), after.fields()));
+            core::write_tags(file, core::field_changes(before.fields(), after.fields()), nullptr, options);
         TrackInfoRecord written;
         core::read_tags(edited(file, result_of_writing.edit), written);
         result["file"] = fields_of(written);
+        const std::size_t kinds = written.find_technical("tagtype");
+        result["tagtype"] = kinds == no_field ? "" : written.technical_value(kinds);
+        if (result_of_writing.tag_version)
+            result["tag_version"] = {result_of_writing.tag_version->before,
+                                     result_of_writing.tag_version->after};
     } catch (const std::exception& error) {
         result["file_error"] = error.what();
     }

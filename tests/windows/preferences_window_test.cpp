@@ -58,11 +58,13 @@ protected:
 TEST_F(PreferencesTest, SavingKeepsWhatElseTheFileSays) {
     const std::string path = folder.write(
         "settings/preferences.json", R"({"zebra": [1, {"a": null}], "undo_days": 3, "mood": "gut \u00fc"})");
-    save_preferences(setup.config_dir, {{7, 8}, true});
+    save_preferences(setup.config_dir, {{7, 8}, true, {Id3v2Policy::keep, "; "}});
     EXPECT_EQ(file(),
               "{\n    \"zebra\": [\n        1,\n        {\n            \"a\": null\n        }\n    ],\n"
               "    \"undo_days\": 7,\n    \"mood\": \"gut \xC3\xBC\",\n    \"undo_bytes\": 8,\n"
-              "    \"keep_times\": true\n}\n");
+              "    \"keep_times\": true,\n    \"id3v2\": \"keep\",\n"
+              "    \"id3v2_separator\": \"; \"\n}\n");
+    EXPECT_EQ(load().tags, (TagOptions{Id3v2Policy::keep, "; "}));
     EXPECT_EQ(load().undo.days, 7);
     EXPECT_EQ(load().undo.bytes, 8U);
     EXPECT_TRUE(load().keep_times);

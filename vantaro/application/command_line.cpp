@@ -66,6 +66,23 @@ CLI::Option* add_arguments(CLI::App& app, const std::string& name, std::vector<s
         ->type_name("");
 }
 
+void add_id3v2_option(CLI::App& app, std::optional<Id3v2Policy>& target) {
+    app.add_option_function<std::string>(
+           "--id3v2", [&target](const std::string& name) { target = id3v2_policy(name); },
+           "Version of ID3v2 that is written: a tag keeps its own, but 2.3 becomes 2.4 for several values of "
+           "a "
+           "field (as-needed); keeps it, and 2.3 has several values joined (keep); the same, and new tags "
+           "are "
+           "2.3 (2.3); edited and new tags are 2.4 (2.4)")
+        ->type_name("VERSION")
+        ->check(CLI::Validator(
+            [](const std::string& text) {
+                return id3v2_policy(text) ? std::string()
+                                          : '"' + text + "\" is none of as-needed, keep, 2.3 and 2.4";
+            },
+            ""));
+}
+
 void parse_arguments(CLI::App& app, int argc, const char* const* argv) {
     unguard_values(app);
     std::vector<std::string> last_first;

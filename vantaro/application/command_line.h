@@ -7,7 +7,10 @@
 // Main thread.
 #pragma once
 
+#include "vantaro/tags/tag_options.h"
+
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,6 +29,9 @@ int run_program(const std::string& name, const std::function<int()>& program);
 /// Declares the arguments that are no options, such as paths: any number of them.
 CLI::Option* add_arguments(CLI::App& app, const std::string& name, std::vector<std::string>& target,
                            const std::string& description);
+
+/// Declares "--id3v2".
+void add_id3v2_option(CLI::App& app, std::optional<Id3v2Policy>& target);
 
 /// Parses the command line, every argument byte for byte: the library itself would take "[a, b]" for two,
 /// "{}" and "++" for none. Called once for an `app`, whose lists are declared by add_arguments. Throws:

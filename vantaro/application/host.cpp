@@ -50,8 +50,7 @@ Host::Host(const HostSetup& setup)
                   [this](std::string_view line) { report(line); }),
       reported_(setup.reported) {
     set_path_code_page(setup.code_page);
-    look_after_runs(setup.config_dir.empty() ? default_config_dir() : setup.config_dir,
-                    setup.config_dir.empty());
+    look_after_runs(setup.config_dir.empty() ? default_config_dir() : setup.config_dir, setup);
     tag_io_.set_recovery_report(line_reporter());
     registry_.add_own<HostConsole>(*setup.console);
     registry_.add_only<PopupMessage>(*setup.message, "messages");
@@ -83,14 +82,17 @@ Host::~Host() {
     }
 }
 
-void Host::look_after_runs(const std::string& config_dir, bool is_own_config) {
+void Host::look_after_runs(const std::string& config_dir, const HostSetup& setup) {
     const auto report_line = [this](const std::string& line) { report_once(line); };
     const Preferences preferences = load_preferences(config_dir, report_line);
     tag_io_.set_keeps_times(preferences.keep_times);
+    TagOptions tags = preferences.tags;
+    tags.id3v2 = setup.id3v2.value_or(tags.id3v2);
+    tag_io_.set_tag_options(std::move(tags));
     recover_runs(runs_, report_line);
     // Runs belong to the user, whatever settings this program was started with: nothing that cannot be taken
     // for the user's own wish makes them go.
-    if (preferences.are_known && is_own_config)
+    if (preferences.are_known && setup.config_dir.empty())
         runs_.set_retention(preferences.undo);
 }
 

@@ -32,6 +32,7 @@
 
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -52,6 +53,9 @@ struct HostSetup {
 
     /// What names of files, and texts in files that say nothing of it, are in where they are not UTF-8.
     std::string code_page = "windows-1252";
+
+    /// Which version of ID3v2 is written; nothing for what the user prefers.
+    std::optional<Id3v2Policy> id3v2;
 
     /// These outlive the host.
     Interrupt* interrupt = nullptr;
@@ -136,7 +140,7 @@ private:
         return Ref<I>::adopt(static_cast<I*>(service));
     }
     void check_installation();
-    void look_after_runs(const std::string& config_dir, bool is_own_config);
+    void look_after_runs(const std::string& config_dir, const HostSetup& setup);
 
     Interrupt& interrupt_;
     HostConsole& console_;
@@ -149,7 +153,6 @@ private:
     Clock clock_;
     Md5Service digest_;
     LocalFileSystem file_system_{interrupt_.flag()};
-    TagReader tag_reader_;
     VersionService version_;
     UndoneWorkNotes undone_{[this](const std::string& line) { report(line); }};
     CodePageService code_page_;
@@ -158,6 +161,7 @@ private:
     RunStore runs_;
     TrackTable tracks_;
     TagIO tag_io_;
+    TagReader tag_reader_{tag_io_.tag_options()};
     ComponentSet components_;
     ConfigurationService configuration_service_{components_,
                                                 [this](const std::string& line) { report(line); }};

@@ -61,6 +61,12 @@ Preferences load_preferences(const std::string& config_dir,
         take(json, "undo_days", result.undo.days, is_days);
         take(json, "undo_bytes", result.undo.bytes, is_count);
         take(json, "keep_times", result.keep_times, [](const Json& value) { return value.is_boolean(); });
+        std::string policy(name_of(result.tags.id3v2));
+        take(json, "id3v2", policy,
+             [](const Json& value) { return value.is_string() && id3v2_policy(value.get<std::string>()); });
+        result.tags.id3v2 = *id3v2_policy(policy);
+        take(json, "id3v2_separator", result.tags.separator,
+             [](const Json& value) { return value.is_string() && can_separate(value.get<std::string>()); });
         return result;
     } catch (const std::exception& error) {
         return defaults_with(path + ": " + error.what());
@@ -86,6 +92,8 @@ void save_preferences(const std::string& config_dir, const Preferences& preferen
     json["undo_days"] = preferences.undo.days;
     json["undo_bytes"] = preferences.undo.bytes;
     json["keep_times"] = preferences.keep_times;
+    json["id3v2"] = name_of(preferences.tags.id3v2);
+    json["id3v2_separator"] = preferences.tags.separator;
     replace_file(file, json.dump(4) + '\n');
 }
 

@@ -1,6 +1,7 @@
 // What the user has set for the host itself: "preferences.json" in the folder of the configurations.
 //
-//     { "undo_days": 30, "undo_bytes": 1000000000, "keep_times": false }
+//     { "undo_days": 30, "undo_bytes": 1000000000, "keep_times": false,
+//       "id3v2": "as-needed", "id3v2_separator": "/" }
 //
 //     const Preferences preferences = load_preferences(config_dir, report);
 //
@@ -8,6 +9,7 @@
 #pragma once
 
 #include "vantaro/journal/run_store.h"
+#include "vantaro/tags/tag_options.h"
 
 #include <functional>
 #include <string>
@@ -19,6 +21,8 @@ struct Preferences {
     Retention undo;
     /// "keep_times": files keep their times of change when their tags are written.
     bool keep_times = false;
+    /// "id3v2", "id3v2_separator": which version of ID3v2 is written, and what stands between joined values.
+    TagOptions tags = {};
     /// Whether these are the user's: those of the file, or the defaults where there is none.
     bool are_known = true;
 };

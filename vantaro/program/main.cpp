@@ -230,6 +230,7 @@ int run(int argc, char** argv) {
         .add_option("--code-page", line.setup.code_page,
                     "Character set of file names and cue sheets that are not UTF-8")
         ->type_name("NAME");
+    add_id3v2_option(options, line.setup.id3v2);
     options
         .add_option("--menu", line.menu_command,
                     "Carry out a command of the context menu, given by its path or GUID, on the files")

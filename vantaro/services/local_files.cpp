@@ -123,7 +123,7 @@ private:
 
 class LocalInfoReader final : public HeapService<InputInfoReader> {
 public:
-    explicit LocalInfoReader(const char* path) : path_(path) {}
+    LocalInfoReader(const char* path, const TagOptions& options) : path_(path), options_(options) {}
 
     FileStats get_file_stats(AbortFlag& abort) override {
         abort.check();
@@ -134,12 +134,13 @@ public:
         if (subsong != 0)
             throw vantaro_io::exception_io_not_found();
         TrackInfoRecord record;
-        read_tags(path_, record, &abort);
+        read_tags(path_, record, &abort, options_);
         info.copy(record);
     }
 
 private:
     const std::string path_;
+    const TagOptions& options_;
 };
 
 } // namespace
@@ -190,7 +191,7 @@ bool TagReader::reads(const char*) {
 
 InputInfoReader* TagReader::open_for_info_read(File*, const char* path, AbortFlag& abort) {
     abort.check();
-    return make_service<LocalInfoReader>(path).detach();
+    return make_service<LocalInfoReader>(path, options_).detach();
 }
 
 } // namespace vantaro::core

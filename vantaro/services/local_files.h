@@ -6,6 +6,7 @@
 #include "host/api/filesystem.h"
 #include "host/api/input.h"
 #include "vantaro/services/folder_names.h"
+#include "vantaro/tags/tag_options.h"
 
 namespace vantaro::core {
 
@@ -33,8 +34,14 @@ private:
 
 class TagReader final : public StaticService<InputEntry> {
 public:
+    /// `options`, which outlive the object and its readers, are those that the files are written with.
+    explicit TagReader(const TagOptions& options) : options_(options) {}
+
     bool reads(const char* path) override;
     InputInfoReader* open_for_info_read(File* file_hint, const char* path, AbortFlag& abort) override;
+
+private:
+    const TagOptions& options_;
 };
 
 } // namespace vantaro::core

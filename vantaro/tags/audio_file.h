@@ -27,12 +27,20 @@ public:
     virtual std::string tool() const { return {}; }
 
     const Format& format() const { return format_; }
+    /// Those that the tags follow, also one that is added.
+    const TagOptions& options() const { return options_; }
+    void follow(const TagOptions& options) {
+        options_ = options;
+        for (TagStore* tag : tags())
+            tag->follow(options_);
+    }
 
 protected:
     explicit AudioFile(const Format& format) : format_(format) {}
 
 private:
     const Format& format_;
+    TagOptions options_;
 };
 
 /// `file` outlives the result. Throws exception_io_data when it is no audio file.

@@ -142,6 +142,7 @@ void apply_changes(AudioFile& file, std::span<const FieldChange> changes) {
         return;
     const std::vector<TrackField> present = merged_fields(file);
     if (TagStore* tag = file.add_customary_tag()) {
+        tag->begin_with(file.options());
         refusal.clear();
         for (const TrackField& field : present)
             if (std::ranges::none_of(changes, [&](const FieldChange& change) {

@@ -26,8 +26,8 @@
 // Matroska the segment's title stands behind the tags. A change is made in every tag that the file has (INFO
 // and the segment's title: only where it has the field already, a title too long for its place not at all); a
 // field removed is gone from all of them. No tag is added as long as those present hold the change exactly;
-// otherwise the format's customary tag is added (ID3v2.4 for MP3, AAC, True Audio, WAV, RF64, AIFF, DSF and
-// DSDIFF; APE; Vorbis comment; CAF's "info"; Matroska's) and gets the other fields too, so that a program
+// otherwise the format's customary tag is added (ID3v2, 2.4 as a rule, for MP3, AAC, True Audio, WAV, RF64,
+// AIFF, DSF and DSDIFF; APE; Vorbis comment; CAF's "info"; Matroska's) and gets the other fields too, so that a program
 // that reads only the first tag misses nothing.
 //
 // Empty values: Vorbis comments and MP4 keep them. The others cannot tell an empty value from none: it is
@@ -39,7 +39,9 @@
 #include "host/api/abort_flag.h"
 #include "host/api/track_info_record.h"
 #include "vantaro/common/file_edit.h"
+#include "vantaro/tags/tag_options.h"
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -73,10 +75,21 @@ std::vector<FieldChange> field_changes(const std::vector<TrackField>& before,
 ///
 /// A file whose first frame of audio is not found within 16 MiB, or the last one (Ogg) within 64 MiB, counts
 /// as damaged. An MP3 of tags alone, or with nothing but zeros behind them, is one without facts about audio.
-void read_tags(const std::string& path, TrackInfoRecord& info, const AbortFlag* abort = nullptr);
+///
+/// `options` are those that the file is going to be written with; the rules of `info` show what comes of
+/// them.
+void read_tags(const std::string& path, TrackInfoRecord& info, const AbortFlag* abort = nullptr,
+               const TagOptions& options = {});
 
 /// The same of a file that is open already.
-void read_tags(const ByteSource& file, TrackInfoRecord& info, const AbortFlag* abort = nullptr);
+void read_tags(const ByteSource& file, TrackInfoRecord& info, const AbortFlag* abort = nullptr,
+               const TagOptions& options = {});
+
+/// An ID3v2 tag becomes one of another version.
+struct TagVersionChange {
+    std::string before; ///< "ID3v2.3"
+    std::string after;
+};
 
 /// What writing came to.
 struct WriteResult {
@@ -85,19 +98,20 @@ struct WriteResult {
     /// What is to be replaced in the file; empty when it says the same already ("3/9" for a TRACKNUMBER and
     /// its total).
     FileEdit edit;
+    std::optional<TagVersionChange> tag_version = {};
 };
 
 /// What makes exactly these changes and keeps everything else; the file is not touched. Of several changes of
 /// one field the last one counts. A TRACKNUMBER (DISCNUMBER, MOVEMENTNUMBER) of the form "3/12" sets the
 /// total too, unless the changes name the total. MP4 stores numbers: "03" is read back as "3".
 ///
-/// ID3v2 stays in the version that it has; 2.2 becomes 2.3, and 2.3 becomes 2.4 when a changed field has
-/// several values, which only 2.4 has a form for.
+/// ID3v2 becomes what `options` say; by default it stays in the version that it has, and 2.3 becomes 2.4 when
+/// a changed field has several values, which only 2.4 has a form for. 2.2 counts as 2.3, which it becomes.
 ///
 /// Throws what read_tags throws, and exception_io naming the field and the reason when the format cannot hold
 /// a name or a value.
 WriteResult write_tags(const ByteSource& file, std::span<const FieldChange> changes,
-                       const AbortFlag* abort = nullptr);
+                       const AbortFlag* abort = nullptr, const TagOptions& options = {});
 
 /// Whether the extension is one of an audio format that read_tags knows. Looks at the name only.
 bool is_audio_file_name(std::string_view path);

@@ -20,6 +20,13 @@ const TagKind& customary_kind(const Format& format) {
     return *find_kind(format.customary_tag);
 }
 
+/// That of the customary tag where there is none yet.
+const TagKind& new_kind(const Format& format, const TagOptions& options) {
+    const std::unique_ptr<TagStore> tag = customary_kind(format).make();
+    tag->begin_with(options);
+    return *find_kind(tag->kind());
+}
+
 const FieldPlace* row_of_name(const TagKind& kind, std::string_view name) {
     for (const FieldPlace& row : kind.table)
         if (row.place.starts_with(kind.prefix) && same_text(row.place.substr(kind.prefix.size()), name))
@@ -30,9 +37,12 @@ const FieldPlace* row_of_name(const TagKind& kind, std::string_view name) {
 /// Tags in memory that belong to no file.
 class MemoryFile final : public AudioFile {
 public:
-    MemoryFile(const Format& format, const std::vector<const TagKind*>& kinds_of_tags) : AudioFile(format) {
+    MemoryFile(const Format& format, const std::vector<const TagKind*>& kinds_of_tags,
+               const TagOptions& options)
+        : AudioFile(format) {
         for (const TagKind* kind : kinds_of_tags)
             add(*kind);
+        follow(options);
     }
 
     std::vector<TagStore*> tags() override {
@@ -68,14 +78,16 @@ private:
 using Kinds = std::vector<const TagKind*>;
 using Names = std::vector<std::string_view>;
 /// The one object of these rules; it lives as long as the program.
-const FieldRules& rules_for(const Format& format, const Kinds& kinds_of_tags, Names alone);
+const FieldRules& rules_for(const Format& format, const Kinds& kinds_of_tags, Names alone,
+                            const TagOptions& options);
 
 class TagRules final : public FieldRules {
 public:
     /// `kinds_of_tags`: of the tags that the file has, those that decide first; not empty. `alone`: the
     /// fields that stand in it under names only that stand for them only_alone.
-    TagRules(const Format& format, Kinds kinds_of_tags, Names alone)
-        : format_(format), kinds_(std::move(kinds_of_tags)), alone_(std::move(alone)) {}
+    TagRules(const Format& format, Kinds kinds_of_tags, Names alone, TagOptions options)
+        : format_(format), kinds_(std::move(kinds_of_tags)), alone_(std::move(alone)),
+          options_(std::move(options)) {}
 
     const char* resolve(const TrackInfo& info, const char* name) const override {
         const FieldPlace* row = row_of_name(*kinds_.front(), name);
@@ -92,7 +104,7 @@ public:
             return this;
         Names alone = alone_;
         alone.push_back(row->field);
-        return &rules_for(format_, kinds_, std::move(alone));
+        return &rules_for(format_, kinds_, std::move(alone), options_);
     }
 
     void settle(const TrackInfo& before, TrackInfo& after) const override {
@@ -105,7 +117,7 @@ public:
             differences, [](const std::string& name) { return name; }); // the record has resolved them
         own_names_first(changes);
         std::vector<TrackField> touched = with_what_stands_beside(changes, old.fields());
-        MemoryFile file(format_, kinds_);
+        MemoryFile file(format_, kinds_, options_);
         for (TagStore* tag : file.tags())
             for (const TrackField& field : touched)
                 try_set(*tag, field.name, field.values);
@@ -163,16 +175,18 @@ private:
     const Format& format_;
     const Kinds kinds_;
     const Names alone_;
+    const TagOptions options_;
 };
 
-const FieldRules& rules_for(const Format& format, const Kinds& kinds_of_tags, Names alone) {
+const FieldRules& rules_for(const Format& format, const Kinds& kinds_of_tags, Names alone,
+                            const TagOptions& options) {
     std::ranges::sort(alone);
     static std::mutex mutex; // guards the next
-    static std::map<std::tuple<const Format*, Kinds, Names>, std::unique_ptr<TagRules>> made;
+    static std::map<std::tuple<const Format*, Kinds, Names, TagOptions>, std::unique_ptr<TagRules>> made;
     const std::lock_guard lock(mutex);
-    std::unique_ptr<TagRules>& rules = made[{&format, kinds_of_tags, alone}];
+    std::unique_ptr<TagRules>& rules = made[{&format, kinds_of_tags, alone, options}];
     if (!rules)
-        rules = std::make_unique<TagRules>(format, kinds_of_tags, std::move(alone));
+        rules = std::make_unique<TagRules>(format, kinds_of_tags, std::move(alone), options);
     return *rules;
 }
 
@@ -198,9 +212,9 @@ const FieldRules& rules_of(AudioFile& file, const std::vector<TrackField>& field
             kinds_of_tags.push_back(kind);
         }
     if (kinds_of_tags.empty())
-        kinds_of_tags.push_back(&customary_kind(file.format()));
+        kinds_of_tags.push_back(&new_kind(file.format(), file.options()));
 
-    return rules_for(file.format(), kinds_of_tags, std::move(alone));
+    return rules_for(file.format(), kinds_of_tags, std::move(alone), file.options());
 }
 
 } // namespace vantaro::core::tags

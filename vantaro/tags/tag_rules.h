@@ -13,7 +13,8 @@
 
 namespace vantaro::core::tags {
 
-/// The rules for a file with these fields; they live as long as the program.
+/// The rules for a file with these fields, which follows the options that it has; they live as long as the
+/// program.
 const FieldRules& rules_of(AudioFile& file, const std::vector<TrackField>& fields);
 
 } // namespace vantaro::core::tags

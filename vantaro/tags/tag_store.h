@@ -6,6 +6,7 @@
 #pragma once
 
 #include "host/api/track_info_record.h"
+#include "vantaro/tags/tag_options.h"
 #include "vantaro/tags/text.h"
 
 #include <stdexcept>
@@ -31,6 +32,10 @@ public:
     /// Gives the field these values in every place that stands for it; removes it when there are none.
     /// Requires: values are UTF-8 without NUL. Throws Refused.
     virtual void set(const std::string& name, const Values& values) = 0;
+    /// What set() minds from now on.
+    virtual void follow(const TagOptions&) {}
+    /// The same for a tag that is new, whose version is free.
+    virtual void begin_with(const TagOptions& options) { follow(options); }
     virtual bool keeps_empty_values() const { return false; }
     /// The name under which fields() lists what is set under `name`.
     virtual std::string listed_name(const std::string& name) const { return upper_name(name); }

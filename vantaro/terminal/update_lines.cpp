@@ -36,8 +36,14 @@ std::string summary_line(const UpdateReport& report) {
            + std::to_string(report.failed) + " failed";
 }
 
+void UpdateLinesAndSummary::on_track(const TrackOutcome& outcome, std::size_t done, std::size_t total) {
+    versions_.add(outcome);
+    UpdateLines::on_track(outcome, done, total);
+}
+
 void UpdateLinesAndSummary::on_end(const UpdateReport& report) {
     UpdateLines::on_end(report);
+    print_output(versions_.text());
     print_output(summary_line(report) + '\n');
 }
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "vantaro/terminal/failure_lines.h"
+#include "vantaro/terminal/tag_version_lines.h"
 #include "vantaro/update/tag_io.h"
 
 #include <string>
@@ -46,11 +47,15 @@ private:
 /// "3 tracks: 2 written, 1 unchanged, 0 failed"
 std::string summary_line(const UpdateReport& report);
 
-/// Also the summary line, on standard output.
+/// Also the tags of another version, and the summary line, on standard output.
 class UpdateLinesAndSummary final : public UpdateLines {
 public:
     using UpdateLines::UpdateLines;
+    void on_track(const TrackOutcome& outcome, std::size_t done, std::size_t total) override;
     void on_end(const UpdateReport& report) override;
+
+private:
+    TagVersionLines versions_;
 };
 
 } // namespace vantaro::core

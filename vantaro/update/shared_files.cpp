@@ -69,13 +69,13 @@ std::vector<TrackField> with_changes(std::vector<TrackField> fields,
 } // namespace
 
 FileOutcome file_outcome(const TrackOutcome& first) {
-    FileOutcome result{first.state, first.error, {}};
+    FileOutcome result{first.state, first.error, {}, first.tag_version};
     if (first.state == TrackOutcome::State::written)
         result.way_back = field_changes(first.after.fields(), first.before.fields());
     return result;
 }
 
-void follow(const FileOutcome& first, TrackOutcome& outcome) {
+void follow(const FileOutcome& first, TrackOutcome& outcome, const TagOptions& options) {
     outcome.state = TrackOutcome::State::failed;
     outcome.error = first.error;
     if (first.state == TrackOutcome::State::failed)
@@ -83,10 +83,11 @@ void follow(const FileOutcome& first, TrackOutcome& outcome) {
     try {
         const std::string path = outcome.track->path();
         const FileIdentity file = FileIdentity::of(path);
-        read_tags(path, outcome.after);
+        read_tags(path, outcome.after, nullptr, options);
         outcome.before.copy(outcome.after);
         outcome.before.set_fields(with_changes(outcome.after.fields(), first.way_back));
         outcome.state = first.state;
+        outcome.tag_version = first.tag_version;
         if (first.state == TrackOutcome::State::written)
             set_written(outcome, file);
     } catch (const std::exception& error) {

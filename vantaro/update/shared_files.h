@@ -28,6 +28,7 @@ struct FileOutcome {
     std::string error;
     /// From the new tags to the old ones, where they were written.
     std::vector<FieldChange> way_back;
+    std::optional<TagVersionChange> tag_version;
 };
 
 FileOutcome file_outcome(const TrackOutcome& first);
@@ -71,7 +72,7 @@ private:
 };
 
 /// Gives a track the outcome of the first one of its file, with its tags as they are in the file now.
-void follow(const FileOutcome& first, TrackOutcome& outcome);
+void follow(const FileOutcome& first, TrackOutcome& outcome, const TagOptions& options);
 
 /// The track is written, and holds its new tags if it held any.
 void set_written(TrackOutcome& outcome, const FileIdentity& file);

@@ -159,6 +159,7 @@ void TagIO::start(const std::vector<Track*>& tracks, Ref<TrackFilter> filter, Re
         .threads = threads_,
         .reads_only = reading != nullptr,
         .report = recovery_report_,
+        .tags = tag_options_,
     };
     const auto abort = std::make_shared<AbortSignal>();
     const auto update = std::make_shared<Update>(tracks, std::move(filter), reading, notify,

@@ -79,6 +79,9 @@ public:
     void set_activity(std::string activity) { activity_ = std::move(activity); }
     /// Whether files keep their times of change in the updates from now on.
     void set_keeps_times(bool keeps_times) { keeps_times_ = keeps_times; }
+    /// How tags are stored. Set before anything is read: what tracks hold is what such tags make of it.
+    void set_tag_options(TagOptions options) { tag_options_ = std::move(options); }
+    const TagOptions& tag_options() const { return tag_options_; }
 
     /// Takes what there is to say of runs that were cut off before or beside an update; on any thread. Set
     /// while no update is under way.
@@ -129,6 +132,7 @@ private:
     Resolved resolved_;
     std::string activity_;
     bool keeps_times_ = false;
+    TagOptions tag_options_;
     RecoveryReport recovery_report_ = [](const std::string&) {};
 };
 

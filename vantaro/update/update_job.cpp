@@ -83,6 +83,8 @@ private:
         /// Left in the middle, because of the abort.
         bool aborted = false;
         std::vector<FieldChange> changes;
+        /// What becomes of it once it is written.
+        std::optional<TagVersionChange> tag_version;
         TrackOutcome outcome;
 
         void fail(const char* why) {
@@ -147,11 +149,11 @@ private:
     /// What is no music may be in the midst of being written: it is looked at again when nobody is.
     void read_whole(Item& item, const std::string& path) {
         try {
-            read_tags(path, item.outcome.before, &abort_);
+            read_tags(path, item.outcome.before, &abort_, settings_.tags);
         } catch (const vantaro_io::exception_io_data&) {
             const OpenFile file = OpenFile::open_undisturbed(settings_.runs.calls(), path);
             item.file = FileStatus::of(file.status());
-            read_tags(file, item.outcome.before, &abort_);
+            read_tags(file, item.outcome.before, &abort_, settings_.tags);
         }
     }
 
@@ -225,7 +227,7 @@ private:
 
     void write(ItemPointer item) {
         if (!is_first(*item)) {
-            follow(*files_.outcome_of(*item->shared), item->outcome);
+            follow(*files_.outcome_of(*item->shared), item->outcome, settings_.tags);
             finish(std::move(item));
             return;
         }
@@ -262,7 +264,7 @@ private:
         OpenFile file = OpenFile::open_for_change(settings_.runs.calls(), item.outcome.track->path());
         if (const FileStatus now = FileStatus::of(file.status()); now != item.file)
             look_again(item, file, now);
-        WriteResult result = write_tags(file, item.changes, &abort_);
+        WriteResult result = write_tags(file, item.changes, &abort_, settings_.tags);
         // What a preview has shown is what the file will hold, or nothing is written.
         const std::vector<FieldChange> broken = field_changes(result.fields, item.outcome.after.fields());
         if (!broken.empty())
@@ -271,6 +273,7 @@ private:
         item.outcome.after.set_fields(std::move(result.fields));
         if (result.edit.empty())
             return std::nullopt;
+        item.tag_version = std::move(result.tag_version);
         ChangeOptions options;
         options.seen = item.file;
         if (settings_.keeps_times)
@@ -285,7 +288,7 @@ private:
     /// set times late. What the edit was made of is its tags.
     void look_again(Item& item, const OpenFile& file, const FileStatus& now) {
         TrackInfoRecord present;
-        read_tags(file, present, &abort_);
+        read_tags(file, present, &abort_, settings_.tags);
         if (present.fields() != item.outcome.before.fields())
             throw vantaro_io::exception_io("The file has changed since its tags were read");
         if (now.identity.inode != item.file.identity.inode)
@@ -300,6 +303,7 @@ private:
         }
         if (written.identity.inode != item.file.identity.inode)
             files_.expect_successor(item.shared, item.file.identity, written.identity);
+        item.outcome.tag_version = std::move(item.tag_version);
         set_written(item.outcome, written.identity);
     }
 

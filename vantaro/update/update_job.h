@@ -11,10 +11,12 @@
 #include "host/api/tag_io.h"
 #include "vantaro/journal/recovery.h"
 #include "vantaro/services/abort_signal.h"
+#include "vantaro/tags/tag_file.h"
 #include "vantaro/tracks/track_table.h"
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -35,6 +37,8 @@ struct TrackOutcome {
     /// It failed because the run has no journal, as every other track of the update does: the report's
     /// problem says so once for all.
     bool is_not_begun = false;
+    /// Where its tag was written as one of another version.
+    std::optional<TagVersionChange> tag_version;
 };
 
 struct UpdateReport {
@@ -68,6 +72,8 @@ struct UpdateSettings {
     bool reads_only = false;
     /// What there is to say of runs that were cut off; on any thread.
     RecoveryReport report = [](const std::string&) {};
+    /// How the tags are stored.
+    TagOptions tags = {};
 };
 
 class UpdateObserver {

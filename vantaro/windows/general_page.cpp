@@ -1,13 +1,16 @@
 #include "vantaro/windows/general_page.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QFormLayout>
 #include <QLabel>
+#include <QLineEdit>
 #include <QSpinBox>
 #include <QVBoxLayout>
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 namespace vantaro::core {
 
@@ -37,7 +40,22 @@ GeneralPage::GeneralPage(TagIO& tag_io, const Preferences& preferences, std::str
                          QWidget* parent)
     : QWidget(parent), tag_io_(tag_io), stored_(preferences), config_dir_(std::move(config_dir)),
       days_(make_number_box(36500, " days", this)), megabytes_(make_number_box(999'999'999, " MB", this)),
-      keep_times_(new QCheckBox("&Keep the files' times of change when their tags are written", this)) {
+      keep_times_(new QCheckBox("&Keep the files' times of change when their tags are written", this)),
+      id3v2_(new QComboBox(this)), separator_(new QLineEdit(this)) {
+    for (const auto& [policy, text] :
+         {std::pair{Id3v2Policy::as_needed, "Each tag's own; 2.4 where a field gets several values"},
+          std::pair{Id3v2Policy::keep, "Each tag's own; in 2.3 several values are joined"},
+          std::pair{Id3v2Policy::v23, "The same, and new tags are 2.3"},
+          std::pair{Id3v2Policy::v24, "Edited and new tags are 2.4"}})
+        id3v2_->addItem(text, static_cast<int>(policy));
+    separator_->setMaxLength(16);
+    auto* tags_note =
+        new QLabel("The choice of the version holds from the next start of the program on.", this);
+    tags_note->setWordWrap(true);
+    auto* tags_form = new QFormLayout;
+    tags_form->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
+    tags_form->addRow("&Version of ID3v2:", id3v2_);
+    tags_form->addRow("&Between joined values:", separator_);
     auto* note = new QLabel("Older runs are removed when the program starts. The newest run can always be "
                             "undone.",
                             this);
@@ -51,6 +69,9 @@ GeneralPage::GeneralPage(TagIO& tag_io, const Preferences& preferences, std::str
     layout->addWidget(note);
     layout->addSpacing(fontMetrics().lineSpacing());
     layout->addWidget(keep_times_);
+    layout->addSpacing(fontMetrics().lineSpacing());
+    layout->addLayout(tags_form);
+    layout->addWidget(tags_note);
     layout->addStretch();
     show(preferences);
 }
@@ -59,6 +80,8 @@ void GeneralPage::show(const Preferences& preferences) {
     days_->setValue(static_cast<int>(std::clamp<std::int64_t>(preferences.undo.days, 0, days_->maximum())));
     megabytes_->setValue(in_megabytes(preferences.undo.bytes, megabytes_->maximum()));
     keep_times_->setChecked(preferences.keep_times);
+    id3v2_->setCurrentIndex(id3v2_->findData(static_cast<int>(preferences.tags.id3v2)));
+    separator_->setText(QString::fromStdString(preferences.tags.separator));
 }
 
 Preferences GeneralPage::shown() const {
@@ -68,13 +91,16 @@ Preferences GeneralPage::shown() const {
     if (megabytes_->value() != in_megabytes(stored_.undo.bytes, megabytes_->maximum()))
         result.undo.bytes = static_cast<std::uint64_t>(megabytes_->value()) * bytes_a_megabyte;
     result.keep_times = keep_times_->isChecked();
+    result.tags.id3v2 = static_cast<Id3v2Policy>(id3v2_->currentData().toInt());
+    if (const std::string separator = separator_->text().toStdString(); can_separate(separator))
+        result.tags.separator = separator;
     return result;
 }
 
 void GeneralPage::apply() {
     const Preferences wanted = shown();
     if (wanted.undo.days == stored_.undo.days && wanted.undo.bytes == stored_.undo.bytes
-        && wanted.keep_times == stored_.keep_times)
+        && wanted.keep_times == stored_.keep_times && wanted.tags == stored_.tags)
         return;
     save_preferences(config_dir_, wanted);
     stored_ = wanted;

@@ -14,6 +14,8 @@
 #include <string>
 
 class QCheckBox;
+class QComboBox;
+class QLineEdit;
 class QSpinBox;
 
 namespace vantaro::core {
@@ -39,6 +41,8 @@ private:
     QSpinBox* days_;
     QSpinBox* megabytes_;
     QCheckBox* keep_times_;
+    QComboBox* id3v2_;
+    QLineEdit* separator_;
 };
 
 } // namespace vantaro::core

@@ -1,5 +1,6 @@
 #include "vantaro/tags/id3v2/id3v2_fields.h"
 
+#include "host/api/exceptions.h"
 #include "vantaro/tags/id3v2/id3v2_content.h"
 #include "vantaro/tags/id3v2/id3v2_names.h"
 #include "vantaro/tags/id3v2/id3v2_places.h"
@@ -125,6 +126,8 @@ std::vector<TrackField> Id3v2Fields::fields() const {
 }
 
 void Id3v2Fields::set(const std::string& given_name, const Values& values) {
+    if (options_.id3v2 == Id3v2Policy::v24 && tag_.version == 3)
+        upgrade_for_good();
     const std::string name = listed_name(given_name);
     const std::string_view described = described_frame(name);
     const bool simple = find_pair(name) == nullptr && described.empty() && !is_people_field(name)
@@ -163,6 +166,38 @@ void Id3v2Fields::replace_frames(const IsFrame& matches, std::vector<Id3v2Frame>
                        std::make_move_iterator(frames.end()));
 }
 
+void Id3v2Fields::begin_with(const TagOptions& options) {
+    follow(options);
+    if (options.id3v2 == Id3v2Policy::v23)
+        tag_.version = 3;
+}
+
+bool Id3v2Fields::joins_values() const {
+    return tag_.version == 3 && (options_.id3v2 == Id3v2Policy::keep || options_.id3v2 == Id3v2Policy::v23);
+}
+
+Values Id3v2Fields::fitting(const Values& values) const {
+    if (values.size() < 2 || !joins_values())
+        return values;
+    std::string joined = values.front();
+    for (std::size_t i = 1; i < values.size(); ++i)
+        joined += options_.separator + values[i];
+    return {joined};
+}
+
+bool Id3v2Fields::holds(const std::string&, const Values& wanted, const Values& found) const {
+    return found == wanted || found == fitting(wanted);
+}
+
+// Another tag of the file may take the change; this one would be left behind then.
+void Id3v2Fields::upgrade_for_good() {
+    try {
+        upgrade_to_v24();
+    } catch (const Refused& reason) {
+        throw vantaro_io::exception_io(std::string("Nothing was written: ") + reason.what());
+    }
+}
+
 void Id3v2Fields::allow_several(const Values& values) {
     if (values.size() > 1 && tag_.version == 3)
         upgrade_to_v24();
@@ -188,9 +223,10 @@ Id3v2Frame Id3v2Fields::text_frame(const std::string& place, const Values& value
     return {place, 0, encode_text(values, tag_.version)};
 }
 
-void Id3v2Fields::set_texts(const std::string& name, const Values& values, const std::string& spelling) {
+void Id3v2Fields::set_texts(const std::string& name, const Values& given, const std::string& spelling) {
+    const Values values = fitting(given);
     allow_several(values);
-    const bool web_text = values.size() == 1 && to_latin1(values[0]);
+    const bool web_text = given.size() == 1 && to_latin1(given[0]);
     Values places; // those that the tag has, each once
     Values all_places;
     for (const Id3v2Frame& frame : tag_.frames)
@@ -235,6 +271,9 @@ void Id3v2Fields::set_pair(const std::string& name, const Values& values) {
     NumberPair pair = split_pairs(texts);
     pair.half(names, name) = values;
     texts = join_pairs(pair);
+    if (texts.size() > 1 && joins_values())
+        throw vantaro_io::exception_io(name
+                                       + ": an ID3v2.3 tag, which is to stay one, holds one number only");
     allow_several(texts);
     std::vector<Id3v2Frame> frames;
     if (!texts.empty())
@@ -242,7 +281,8 @@ void Id3v2Fields::set_pair(const std::string& name, const Values& values) {
     replace_frames(matches, std::move(frames));
 }
 
-void Id3v2Fields::set_date(const Values& values) {
+void Id3v2Fields::set_date(const Values& given) {
+    const Values values = fitting(given);
     allow_several(values);
     std::vector<Id3v2Frame> frames;
     if (values.size() == 1 && tag_.version == 3) {
@@ -254,7 +294,8 @@ void Id3v2Fields::set_date(const Values& values) {
     replace_frames(is_date_frame, std::move(frames));
 }
 
-void Id3v2Fields::set_genres(const Values& values) {
+void Id3v2Fields::set_genres(const Values& given) {
+    const Values values = fitting(given);
     allow_several(values);
     std::vector<Id3v2Frame> frames;
     if (!values.empty())

@@ -4,8 +4,10 @@
 // - Only frames of a changed field are touched. The tag stays 2.3 or 2.4 as it is, and frames of the other
 //   version that stand in it stay: TDRL, TMOO and the like in a 2.3 tag, TYER in a 2.4 tag. New values of
 //   such fields go to the frame of the tag's version, or to a user text frame (TXXX:MOOD in 2.3).
-// - A changed text field with several values turns 2.3 into 2.4. Nothing is lost then: TYER, TDAT and TIME
-//   become TDRC, TORY becomes TDOR, IPLS becomes TIPL and TMCL, genre numbers become texts.
+// - A changed text field with several values turns 2.3 into 2.4, or its values are joined, as TagOptions say;
+//   comments, lyrics and people have a form for several in 2.3 too, and numbers cannot be joined.
+// - Nothing is lost where 2.3 becomes 2.4: TYER, TDAT and TIME become TDRC, TORY becomes TDOR, IPLS becomes
+//   TIPL and TMCL, genre numbers become texts.
 // - In 2.3 a date that TYER, TDAT and TIME cannot express is stored whole in TYER, an original date whole in
 //   TORY.
 // - A changed comment or lyrics frame keeps its language and the spelling of its description, a new one is
@@ -40,6 +42,10 @@ public:
     std::vector<TrackField> fields() const override;
     void set(const std::string& name, const Values& values) override;
     std::string listed_name(const std::string& name) const override;
+    void follow(const TagOptions& options) override { options_ = options; }
+    void begin_with(const TagOptions& options) override;
+    /// Joined values are good enough where they are asked for.
+    bool holds(const std::string& name, const Values& wanted, const Values& found) const override;
 
     bool empty() const { return tag_.frames.empty() && tag_.rest.empty(); }
     /// The whole tag, as render_id3v2 says.
@@ -56,10 +62,10 @@ private:
     std::string date_of_v23() const;
     bool has_frame(std::string_view id) const;
 
-    void set_texts(const std::string& name, const Values& values, const std::string& spelling);
+    void set_texts(const std::string& name, const Values& given, const std::string& spelling);
     void set_pair(const std::string& name, const Values& values);
-    void set_date(const Values& values);
-    void set_genres(const Values& values);
+    void set_date(const Values& given);
+    void set_genres(const Values& given);
     void set_identifier(const Values& values);
     void set_web_page(const std::string& name, const Values& values, const std::string& spelling);
     void set_described(const std::string& id, const std::string& name, const Values& values,
@@ -69,10 +75,17 @@ private:
     std::string customary_place(const std::string& name, const std::string& spelling) const;
     /// Puts `frames` where the first of the frames that match stands, or at the end; the others go.
     void replace_frames(const IsFrame& matches, std::vector<Id3v2Frame> frames);
+    bool joins_values() const;
+    /// What several values become where the tag cannot hold them and is not to change.
+    Values fitting(const Values& values) const;
     void allow_several(const Values& values);
+    /// Throws Refused.
     void upgrade_to_v24();
+    /// Throws exception_io.
+    void upgrade_for_good();
 
     Id3v2Tag tag_;
+    TagOptions options_;
 };
 
 } // namespace vantaro::core::tags

@@ -7,6 +7,7 @@ import struct
 import unittest
 import zlib
 
+from mutagen.apev2 import APEv2
 from mutagen.id3 import ID3
 
 from tag_builders import PICTURE, text
@@ -24,8 +25,8 @@ def plain(size):
     return struct.pack(">I", size)
 
 
-def frame(name, body, size=plain):
-    return name + size(len(body)) + b"\0\0" + body
+def frame(name, body, size=plain, flags=b"\0\0"):
+    return name + size(len(body)) + flags + body
 
 
 def frame22(name, body):
@@ -232,6 +233,18 @@ class OddId3v2(TagTestCase):
         with open(self.path, "r+b") as file:
             file.seek(5)
             file.write(bytes([flags]))
+
+    def test_a_tag_that_cannot_become_24_is_not_half_turned(self):
+        """An APE tag takes the values; of the ID3v2 tag only the field is gone that it cannot hold."""
+        title = frame(b"TIT2", text("Old"), flags=b"\x80\0")
+        secret = frame(b"PRIV", b"\x42" + PRIVATE[:100], flags=b"\0\x40")
+        self.write(3, title + secret + frame(b"TPE1", text("One")))
+        ape = APEv2()
+        ape["Artist"] = "One"
+        ape.save(self.path)
+        edit(self.path, "ARTIST=One\\Two")
+        self.assertEqual(fields(self.path), {"TITLE": ["Old"], "ARTIST": ["One", "Two"]})
+        self.assertEqual(self.tag()[10:].rstrip(b"\0")[:len(title + secret)], title + secret)
 
     def test_extended_headers(self):
         album = frame(b"TALB", text("Old")) + frame(b"PRIV", PRIVATE[:100])

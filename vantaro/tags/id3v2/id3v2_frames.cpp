@@ -297,7 +297,9 @@ void restructure_as_v24(Id3v2Tag& tag) {
         throw Refused(
             "there is something behind the frames of the ID3v2.3 tag that is none, so it cannot become"
             " ID3v2.4");
-    restructure(tag.frames);
+    std::vector<Id3v2Frame> frames = tag.frames; // one of them may refuse
+    restructure(frames);
+    tag.frames = std::move(frames);
     tag.version = 4;
 }
 

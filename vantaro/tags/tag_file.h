@@ -27,8 +27,8 @@
 // and the segment's title: only where it has the field already, a title too long for its place not at all); a
 // field removed is gone from all of them. No tag is added as long as those present hold the change exactly;
 // otherwise the format's customary tag is added (ID3v2, 2.4 as a rule, for MP3, AAC, True Audio, WAV, RF64,
-// AIFF, DSF and DSDIFF; APE; Vorbis comment; CAF's "info"; Matroska's) and gets the other fields too, so that a
-// program that reads only the first tag misses nothing.
+// AIFF, DSF and DSDIFF; APE; Vorbis comment; CAF's "info"; Matroska's) and gets the other fields too, so that
+// a program that reads only the first tag misses nothing.
 //
 // Empty values: Vorbis comments and MP4 keep them. The others cannot tell an empty value from none: it is
 // left out there, and a field with only empty values is removed.

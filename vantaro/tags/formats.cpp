@@ -7,7 +7,6 @@
 #include "vantaro/tags/xiph/ogg_page.h"
 
 #include <algorithm>
-#include <ranges>
 
 namespace vantaro::core::tags {
 
@@ -194,12 +193,17 @@ constexpr auto formats = std::to_array<Format>({
      .describe = describe_mpeg},
 });
 
-auto words(std::string_view text) {
-    return text | std::views::split(' ')
-           | std::views::transform([](auto word) { return std::string_view(word.begin(), word.end()); });
+std::vector<std::string_view> words(std::string_view text) {
+    std::vector<std::string_view> result;
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t end = std::min(text.find(' ', start), text.size());
+        result.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return result;
 }
 
-/// Every row can be opened, and no extension is of two.
+/// Every row can be opened.
 constexpr bool are_sound() {
     for (const Format& format : formats)
         if (format.open == nullptr || format.name.empty() || format.customary_tag.empty())

@@ -29,6 +29,7 @@ void open_and(const Work& work, const ByteSource& source, const AbortFlag* abort
 
 std::vector<std::string> kinds_of(const std::vector<TagStore*>& tags) {
     std::vector<std::string> result;
+    result.reserve(tags.size());
     for (const TagStore* tag : tags)
         result.push_back(tag->kind());
     return result;

@@ -220,7 +220,7 @@ void AsfFields::set(const std::string& given_name, const Values& values) {
         places.push_back(given_name);
     // Places of one rank ("Title" and an attribute "TITLE") are read together: one of them has the values.
     std::set<std::size_t> written;
-    std::ranges::stable_partition(places, stands_in_content);
+    std::stable_partition(places.begin(), places.end(), stands_in_content);
     for (const std::string& place : places)
         put(place, written.insert(rank_of_place(asf_places, place)).second ? values : Values());
 }

@@ -18,7 +18,7 @@ constexpr std::size_t largest_piece = std::size_t{0x0FFFFFFF} + 20; // an ID3v2 
 constexpr std::size_t most_ignored_ends = 1000;
 
 /// How many bytes TagLib reads at a time when it looks for something.
-class SearchUnit final : public TagLib::File {
+class SearchUnit : public TagLib::File {
 public:
     static std::size_t size() { return bufferSize(); }
 };

@@ -5,7 +5,6 @@
 #include "vantaro/tags/padding.h"
 
 #include <algorithm>
-#include <ranges>
 
 namespace vantaro::core::tags {
 
@@ -27,9 +26,9 @@ struct Room {
 Room room_around(const Mp4Atoms& atoms, const Mp4Atom& parent, std::size_t start, std::size_t end) {
     Room room{start, end, end, {}};
     const std::vector<const Mp4Atom*> siblings = atoms.children(parent);
-    for (const Mp4Atom* atom : siblings | std::views::reverse)
-        if (atom->name == "free" && atom->end == room.start && room.end - atom->start <= largest_atom)
-            room.start = atom->start;
+    for (auto i = siblings.rbegin(); i != siblings.rend(); ++i)
+        if ((*i)->name == "free" && (*i)->end == room.start && room.end - (*i)->start <= largest_atom)
+            room.start = (*i)->start;
     for (const Mp4Atom* atom : siblings)
         if (atom->name == "free" && atom->start == room.end && atom->end - room.start <= largest_atom)
             room.end = atom->end;

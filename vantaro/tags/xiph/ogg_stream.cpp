@@ -117,7 +117,8 @@ std::size_t OggStream::last_shared_page(std::size_t page) {
     return page;
 }
 
-void OggStream::replace(Rewriting& rewriting, std::size_t index, std::string bytes, std::size_t headers) {
+void OggStream::replace(Rewriting& rewriting, std::size_t index, const std::string& bytes,
+                        std::size_t headers) {
     packet(std::max(index, headers - 1));
     std::size_t first = packets_[index].first_page;
     while ((pages_[first].flags & ogg_continued) != 0)
@@ -131,7 +132,7 @@ void OggStream::replace(Rewriting& rewriting, std::size_t index, std::string byt
             continue;
         if (i == headers && !groups.back().laces.empty())
             groups.emplace_back();
-        const std::string content = i == index ? std::move(bytes) : bytes_of(packets_[i]);
+        const std::string content = i == index ? bytes : bytes_of(packets_[i]);
         groups.back().laces += std::string(content.size() / full_lace, static_cast<char>(full_lace));
         groups.back().laces += static_cast<char>(content.size() % full_lace);
         groups.back().body += content;

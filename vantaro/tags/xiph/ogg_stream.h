@@ -25,7 +25,7 @@ public:
     /// Gives a packet other bytes. The pages that it shares with others are laid out anew, as many as there
     /// were if that is possible; else all later pages of the stream get other numbers. The `headers` first
     /// packets share no page with those behind them. The other streams' pages stay as they are.
-    void replace(Rewriting& rewriting, std::size_t index, std::string bytes, std::size_t headers);
+    void replace(Rewriting& rewriting, std::size_t index, const std::string& bytes, std::size_t headers);
 
 private:
     struct Packet {

@@ -93,7 +93,7 @@ public:
         if (can_pad)
             packet.resize(padded_size(packet.size(), packet_size_, {.step = packet_step}));
         Rewriting rewriting(file_);
-        stream_.replace(rewriting, index_, std::move(packet), headers_);
+        stream_.replace(rewriting, index_, packet, headers_);
         return rewriting.finish();
     }
 

@@ -48,7 +48,10 @@ class Installation(InstalledCase):
         album = self.album()
         script = self.share / "doc/quorvex/examples/first-steps.qvx"
         before = {path: path.read_bytes() for path in album.iterdir()}
-        self.assertEqual(self.quorvex("run", script, album), summary(written=10))
+        # A file of the album has a 2.3 tag, and a field of it gets two values.
+        version, name, counts = self.quorvex("run", script, album).splitlines()
+        self.assertEqual((version, counts + "\n"), ("ID3v2.3 became ID3v2.4 in 1 file:", summary(written=10)))
+        self.assertTrue(name.endswith(".mp3"), name)
         self.assertNotEqual({path: path.read_bytes() for path in album.iterdir()}, before)
         self.assertEqual(self.quorvex("undo").splitlines()[1:], ["Run 1: 10 files: 10 put back, 0 failed"])
         self.assertEqual({path: path.read_bytes() for path in album.iterdir()}, before)

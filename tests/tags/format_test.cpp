@@ -3,6 +3,7 @@
 #include "host/api/exceptions.h"
 #include "vantaro/tags/file_bytes.h"
 #include "vantaro/tags/tag_file.h"
+#include "vantaro/tags/tag_kinds.h"
 
 #include <gtest/gtest.h>
 
@@ -62,6 +63,13 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{"Opus", "OggS\0\2"s + std::string(20, '\0') + "\x01\x08OpusHead", "Opus"},
                     Row{"Matroska", "\x1A\x45\xDF\xA3"s, "Matroska"}, Row{"Mpeg", "\xFF\xFB"s, "MP3"}),
     [](const auto& row) { return row.param.name; });
+
+TEST(Formats, CanBeOpenedAndGivenATag) {
+    for (const Format& format : all_formats()) {
+        EXPECT_NE(format.open, nullptr) << format.name;
+        EXPECT_NE(find_kind(format.customary_tag), nullptr) << format.name;
+    }
+}
 
 } // namespace
 } // namespace vantaro::core::tags

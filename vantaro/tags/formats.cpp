@@ -203,12 +203,11 @@ std::vector<std::string_view> words(std::string_view text) {
     return result;
 }
 
-/// Every row can be opened.
+/// Every row has a name, an extension and a tag.
 constexpr bool are_sound() {
-    for (const Format& format : formats)
-        if (format.open == nullptr || format.name.empty() || format.customary_tag.empty())
-            return false;
-    return true;
+    return std::ranges::none_of(formats, [](const Format& format) {
+        return format.name.empty() || format.extensions.empty() || format.customary_tag.empty();
+    });
 }
 static_assert(are_sound());
 

@@ -48,13 +48,14 @@ GeneralPage::GeneralPage(TagIO& tag_io, const Preferences& preferences, std::str
           std::pair{Id3v2Policy::v23, "The same, and new tags are 2.3"},
           std::pair{Id3v2Policy::v24, "Edited and new tags are 2.4"}})
         id3v2_->addItem(text, static_cast<int>(policy));
+    id3v2_->setAccessibleName("Version of ID3v2"); // else a box is called by what is chosen
     separator_->setMaxLength(16);
     auto* tags_note =
         new QLabel("The choice of the version holds from the next start of the program on.", this);
     tags_note->setWordWrap(true);
     auto* tags_form = new QFormLayout;
     tags_form->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
-    tags_form->addRow("&Version of ID3v2:", id3v2_);
+    tags_form->addRow("Version of &ID3v2:", id3v2_);
     tags_form->addRow("&Between joined values:", separator_);
     auto* note = new QLabel("Older runs are removed when the program starts. The newest run can always be "
                             "undone.",

@@ -82,7 +82,8 @@ inline std::string access_faults(QWidget& window) {
             QString name = spoken_name(*label->buddy());
             if (name.endsWith(':'))
                 name.chop(1);
-            if (name != text)
+            // Qt calls a box by what is chosen here, and tells its label as a relation.
+            if (name != text && qobject_cast<QComboBox*>(label->buddy()) == nullptr)
                 faults += "the label " + text.toStdString() + " is that of " + name.toStdString() + "; ";
         } else if (const auto* button = dynamic_cast<QAbstractButton*>(widget)) {
             // Some desktops give these letters of their own.

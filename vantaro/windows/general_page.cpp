@@ -48,7 +48,6 @@ GeneralPage::GeneralPage(TagIO& tag_io, const Preferences& preferences, std::str
           std::pair{Id3v2Policy::v23, "The same, and new tags are 2.3"},
           std::pair{Id3v2Policy::v24, "Edited and new tags are 2.4"}})
         id3v2_->addItem(text, static_cast<int>(policy));
-    id3v2_->setAccessibleName("Version of ID3v2"); // else a box is called by what is chosen
     separator_->setMaxLength(16);
     auto* tags_note =
         new QLabel("The choice of the version holds from the next start of the program on.", this);

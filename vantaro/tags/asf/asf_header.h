@@ -7,7 +7,7 @@
 // Objects are kept as the parts of the file that they are; those of attributes are rendered anew when
 // is_edited says so. All functions may be called from any thread.
 //
-// Advanced Systems Format (ASF) Specification: https://go.microsoft.com/fwlink/?LinkId=31334
+// The format: https://learn.microsoft.com/windows/win32/wmformat/overview-of-the-asf-format
 #pragma once
 
 #include "vantaro/tags/audio/properties.h"

@@ -246,6 +246,15 @@ class OddId3v2(TagTestCase):
         self.assertEqual(fields(self.path), {"TITLE": ["Old"], "ARTIST": ["One", "Two"]})
         self.assertEqual(self.tag()[10:].rstrip(b"\0")[:len(title + secret)], title + secret)
 
+    def test_a_file_of_tags_alone_keeps_one(self):
+        self.write(4, frame(b"TIT2", text("Old"), synchsafe))
+        with open(self.path, "r+b") as file:
+            file.truncate(10 + len(self.tag()[10:]))
+        edit(self.path, "TITLE")
+        self.assertEqual(fields(self.path), {})
+        edit(self.path, "TITLE=New")
+        self.assertEqual(fields(self.path), {"TITLE": ["New"]})
+
     def test_extended_headers(self):
         album = frame(b"TALB", text("Old")) + frame(b"PRIV", PRIVATE[:100])
         for version, header in ((3, plain(6) + bytes(6)), (3, plain(10) + b"\x80\0" + bytes(4) + b"crc!"),

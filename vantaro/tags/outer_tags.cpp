@@ -46,8 +46,10 @@ TagStore* OuterTags::add(std::string_view customary) {
 
 void OuterTags::write(Rewriting& rewriting) const {
     if (id3v2_)
+        // What is nothing but tags keeps an empty one: it would be no file of its format any more.
         rewriting.replace(0, id3v2_room_,
-                          id3v2_->empty() ? std::vector<Part>() : id3v2_->render(id3v2_room_));
+                          id3v2_->empty() && audio().size() > 0 ? std::vector<Part>()
+                                                                : id3v2_->render(id3v2_room_));
     if (ape_)
         rewriting.replace(ape_start_, ape_size_, ape_->empty() ? "" : ape_->render());
     if (id3v1_)
